@@ -34,6 +34,10 @@ public:
     // Runs the block on this queue once the dispatch clock reaches `when`.
     virtual void asyncAt(DispatchTime when, DispatchBlock block) = 0;
 
+    // The reading of the clock this queue schedules against (the installed dispatcher's unless
+    // the backend says otherwise).
+    virtual DispatchTime now() const;
+
     void after(DispatchDuration delay, DispatchBlock block);
     // True when the calling thread is running a block of this queue (or is the main thread, for
     // the main queue).
@@ -79,7 +83,10 @@ namespace Dispatch {
 
 // The installed backend; the real one unless a test installed another.
 Dispatcher& dispatcher();
+// Installs a backend process-wide; null goes back to the real one. Install before anything runs.
 void setDispatcher(std::shared_ptr<Dispatcher> dispatcher);
+// The backend installed with setDispatcher, or null when the real one is in use.
+std::shared_ptr<Dispatcher> installedDispatcher();
 std::shared_ptr<Dispatcher> realDispatcher();
 
 DispatchQueuePtr mainQueue();
