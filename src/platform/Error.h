@@ -20,6 +20,9 @@ public:
     static constexpr int FeatureUnsupported = 3328;
     static constexpr int CloudServerUnavailable = 4355;
 
+    // The domain of errors made from errno values; their text is the C library's.
+    static inline const QString POSIXErrorDomain = QStringLiteral("VLPOSIXErrorDomain");
+
     // Information-map keys.
     static inline const QString LocalizedDescriptionKey = QStringLiteral("LocalizedDescription");
     static inline const QString LocalizedFailureReasonKey =
