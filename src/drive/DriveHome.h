@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace vl {
+
+// The on-disk layout of one drive home:
+//
+//   <home>/account.json        the signed-in account (absent = signed out)
+//   <home>/service.json        service settings (network override, throttling)
+//   <home>/kvstore.json        the key-value store
+//   <home>/metadata.json       tags and sharing of local items when xattrs are refused
+//   <home>/containers/<id>.json  container records
+//   <home>/cloud/              the cloud copy: same relative paths as drive/, full content
+//   <home>/drive/              the local root of synced documents
+//       <dir>/.<name>.vlcloud     placeholder of the cloud-only item <dir>/<name>
+//       <dir>/.<name>.vldownload  a download in progress
+//       <name>.vlref              a document reference
+//
+// Pure path arithmetic: nothing here touches the disk except ensureLayout().
+class DriveHome {
+public:
+    // $VELLORA_HOME when set, else $XDG_DATA_HOME/vellora (default ~/.local/share/vellora).
+    static QString defaultPath();
+
+    DriveHome() = default;
+    explicit DriveHome(const QString& rootPath);
+
+    const QString& rootPath() const { return root_; }
+    QString accountFile() const;
+    QString serviceFile() const;
+    QString keyValueStoreFile() const;
+    QString metadataFile() const;
+    QString containersDir() const;
+    QString containerRecordFile(const QString& identifier) const;
+    QString cloudDir() const;
+    QString driveDir() const;
+
+    // Creates the folders of the layout; false when one can't be made.
+    bool ensureLayout() const;
+
+    // Paths relative to drive/ ("" is the drive root). Absent outside the drive.
+    std::optional<QString> driveRelativePath(const QString& absolutePath) const;
+    QString drivePathFor(const QString& driveRelativePath) const;
+    QString cloudPathFor(const QString& driveRelativePath) const;
+
+    // Placeholder and download names of the item <dir>/<name>.
+    static QString placeholderFileName(const QString& name);
+    static QString downloadFileName(const QString& name);
+    // The logical name of a placeholder file name, absent for any other name.
+    static std::optional<QString> logicalNameOfPlaceholder(const QString& fileName);
+    static bool isPlaceholderFileName(const QString& fileName);
+    static bool isDownloadFileName(const QString& fileName);
+    // Hidden bookkeeping files of the service (placeholders, downloads, temporaries), which
+    // listings never show as items.
+    static bool isServiceFileName(const QString& fileName);
+    static QString placeholderPathFor(const QString& logicalPath);
+    static QString downloadPathFor(const QString& logicalPath);
+
+    static inline const QString PlaceholderSuffix = QStringLiteral(".vlcloud");
+    static inline const QString DownloadSuffix = QStringLiteral(".vldownload");
+    static inline const QString ReferenceExtension = QStringLiteral("vlref");
+
+private:
+    QString root_;
+};
+
+}  // namespace vl
