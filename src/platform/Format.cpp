@@ -122,11 +122,16 @@ void appendDescribed(QString& out, const FormatArg& arg, const Spec& spec, bool 
 int buildCFormat(char* buffer, const Spec& spec, const char* lengthAndConversion) {
     char* p = buffer;
     *p++ = '%';
-    if (spec.minus) *p++ = '-';
-    if (spec.plus) *p++ = '+';
-    if (spec.space) *p++ = ' ';
-    if (spec.hash) *p++ = '#';
-    if (spec.zero) *p++ = '0';
+    if (spec.minus)
+        *p++ = '-';
+    if (spec.plus)
+        *p++ = '+';
+    if (spec.space)
+        *p++ = ' ';
+    if (spec.hash)
+        *p++ = '#';
+    if (spec.zero)
+        *p++ = '0';
     if (spec.width >= 0) {
         p = std::to_chars(p, p + 8, spec.width).ptr;
     }
@@ -213,7 +218,8 @@ void appendInteger(QString& out, const FormatArg& arg, const Spec& spec, bool si
         bits = spec.lengthBits;
         const std::uint64_t raw = isSigned ? std::uint64_t(signedValue) : unsignedValue;
         if (signedConversion) {
-            signedValue = bits == 8 ? std::int64_t(std::int8_t(raw)) : std::int64_t(std::int16_t(raw));
+            signedValue =
+                bits == 8 ? std::int64_t(std::int8_t(raw)) : std::int64_t(std::int16_t(raw));
             isSigned = true;
         } else {
             unsignedValue = bits == 8 ? std::uint8_t(raw) : std::uint16_t(raw);

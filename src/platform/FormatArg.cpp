@@ -46,8 +46,8 @@ bool needsQuotes(QStringView text) {
     for (QChar c : text) {
         const char16_t u = c.unicode();
         const bool plain = (u >= 'a' && u <= 'z') || (u >= 'A' && u <= 'Z') ||
-                           (u >= '0' && u <= '9') || u == '_' || u == '.' || u == '$' ||
-                           u == '/' || u > 0x7f;
+                           (u >= '0' && u <= '9') || u == '_' || u == '.' || u == '$' || u == '/' ||
+                           u > 0x7f;
         if (!plain) {
             return true;
         }
@@ -275,8 +275,7 @@ QString FormatArg::describeDateTime(const void* date) {
     if (!value.isValid()) {
         return QStringLiteral("(null)");
     }
-    return value.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
-           QLatin1String(" +0000");
+    return value.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QLatin1String(" +0000");
 }
 
 QString FormatArg::describeStringList(const void* list) {

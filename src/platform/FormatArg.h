@@ -43,12 +43,11 @@ public:
     };
 
     template <typename T>
-        requires(std::same_as<T, bool>)
-    FormatArg(T value) : kind_(Kind::Signed), size_(sizeof(int)), integer_(value ? 1 : 0) {}
+    requires(std::same_as<T, bool>) FormatArg(T value)
+        : kind_(Kind::Signed), size_(sizeof(int)), integer_(value ? 1 : 0) {}
 
     template <typename T>
-        requires((std::integral<T> && !std::same_as<T, bool>) || std::is_enum_v<T>)
-    FormatArg(T value) {
+    requires((std::integral<T> && !std::same_as<T, bool>) || std::is_enum_v<T>) FormatArg(T value) {
         using U = typename std::conditional_t<std::is_enum_v<T>, std::underlying_type<T>,
                                               std::type_identity<T>>::type;
         size_ = sizeof(U) < sizeof(int) ? sizeof(int) : sizeof(U);
@@ -62,8 +61,8 @@ public:
     }
 
     template <typename T>
-        requires(std::floating_point<T>)
-    FormatArg(T value) : kind_(Kind::Double), real_(static_cast<double>(value)) {}
+    requires(std::floating_point<T>) FormatArg(T value)
+        : kind_(Kind::Double), real_(static_cast<double>(value)) {}
 
     FormatArg(std::nullptr_t) {}
     FormatArg(const char* text) : kind_(text ? Kind::Utf8 : Kind::Null), text_(text) {}
@@ -73,12 +72,10 @@ public:
         : kind_(Kind::Utf8), length_(qsizetype(text.size())), text_(text.data()) {}
     FormatArg(std::string_view text)
         : kind_(Kind::Utf8), length_(qsizetype(text.size())), text_(text.data()) {}
-    FormatArg(QLatin1String text)
-        : kind_(Kind::Latin1), length_(text.size()), text_(text.data()) {}
+    FormatArg(QLatin1String text) : kind_(Kind::Latin1), length_(text.size()), text_(text.data()) {}
     FormatArg(const QString& text)
         : kind_(Kind::Utf16), length_(text.size()), utf16_(text.constData()) {}
-    FormatArg(QStringView text)
-        : kind_(Kind::Utf16), length_(text.size()), utf16_(text.data()) {}
+    FormatArg(QStringView text) : kind_(Kind::Utf16), length_(text.size()), utf16_(text.data()) {}
 
     FormatArg(const QUrl& url) : FormatArg(&url, &describeUrl) {}
     FormatArg(const QDateTime& date) : FormatArg(&date, &describeDateTime) {}
