@@ -1,0 +1,279 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en">
+<context>
+    <name></name>
+    <!-- Folder lists and edit mode -->
+    <message id="Select">
+        <source>Select</source>
+        <extracomment>Navigation-bar button that starts selecting items in a folder.</extracomment>
+        <translation>Select</translation>
+    </message>
+    <message id="Select Items">
+        <source>Select Items</source>
+        <extracomment>Navigation title while selecting, before anything is selected.</extracomment>
+        <translation>Select Items</translation>
+    </message>
+    <message id=".DICT.ITEMS_SELECTED.%d" numerus="yes">
+        <source>%d Items Selected</source>
+        <extracomment>Navigation title while selecting. %d is the number of selected items.</extracomment>
+        <translation>
+            <numerusform>%d Item Selected</numerusform>
+            <numerusform>%d Items Selected</numerusform>
+        </translation>
+    </message>
+    <message id="New Folder">
+        <source>New Folder</source>
+        <extracomment>Toolbar button, and the title of the prompt that names a new folder.</extracomment>
+        <translation>New Folder</translation>
+    </message>
+    <message id="Move">
+        <source>Move</source>
+        <extracomment>Toolbar button that moves the selected items; also the button that confirms a new folder to move items into.</extracomment>
+        <translation>Move</translation>
+    </message>
+    <message id="Delete">
+        <source>Delete</source>
+        <extracomment>Toolbar button that deletes the selected items.</extracomment>
+        <translation>Delete</translation>
+    </message>
+    <!-- New folder and move -->
+    <message id="Create">
+        <source>Create</source>
+        <extracomment>Button that creates the folder named in the new-folder prompt.</extracomment>
+        <translation>Create</translation>
+    </message>
+    <message id=".DICT.MOVE_ITEMS.%d" numerus="yes">
+        <source>Move %d Items to a New Folder</source>
+        <extracomment>Title of the prompt that names a new folder for items being moved. %d is the number of items.</extracomment>
+        <translation>
+            <numerusform>Move %d Item to a New Folder</numerusform>
+            <numerusform>Move %d Items to a New Folder</numerusform>
+        </translation>
+    </message>
+    <message id=".DICT.CANNOT_MOVE_ITEMS.%d" numerus="yes">
+        <source>%d items couldn’t be moved.</source>
+        <extracomment>%d is the number of items that failed to move.</extracomment>
+        <translation>
+            <numerusform>%d item couldn’t be moved.</numerusform>
+            <numerusform>%d items couldn’t be moved.</numerusform>
+        </translation>
+    </message>
+    <!-- Delete flow -->
+    <message id=".DICT.CANNOT_DELETE_ITEMS.%d" numerus="yes">
+        <source>%d items couldn’t be deleted.</source>
+        <extracomment>%d is the number of items that failed to be deleted.</extracomment>
+        <translation>
+            <numerusform>%d item couldn’t be deleted.</numerusform>
+            <numerusform>%d items couldn’t be deleted.</numerusform>
+        </translation>
+    </message>
+    <!-- Item actions menu -->
+    <message id="Rename Item…">
+        <source>Rename Item…</source>
+        <translation>Rename Item…</translation>
+    </message>
+    <message id="Share Item…">
+        <source>Share Item…</source>
+        <translation>Share Item…</translation>
+    </message>
+    <message id="Move to Folder…">
+        <source>Move to Folder…</source>
+        <translation>Move to Folder…</translation>
+    </message>
+    <message id="Cancel">
+        <source>Cancel</source>
+        <translation>Cancel</translation>
+    </message>
+    <!-- Status line -->
+    <message id=".DICT.ITEMS.%d" numerus="yes">
+        <source>%d items</source>
+        <extracomment>Number of items in a folder. %d is the count.</extracomment>
+        <translation>
+            <numerusform>%d item</numerusform>
+            <numerusform>%d items</numerusform>
+        </translation>
+    </message>
+    <message id=".DICT.AVAILABLE.%g" numerus="yes">
+        <source>%2$@ available</source>
+        <extracomment>Free space of the account. %1$g is the amount as a number (it chooses the form), %2$@ the same amount with its unit, such as “3.4 GB”.</extracomment>
+        <translation>
+            <numerusform>%2$@ available</numerusform>
+            <numerusform>%2$@ available</numerusform>
+        </translation>
+    </message>
+    <message id="%1$@, %2$@">
+        <source>%1$@, %2$@</source>
+        <extracomment>Joins the item count (%1$@) and the free space (%2$@) in the status line.</extracomment>
+        <translation>%1$@, %2$@</translation>
+    </message>
+    <!-- Filename prompts -->
+    <message id="Done">
+        <source>Done</source>
+        <translation>Done</translation>
+    </message>
+    <message id="Choose a different name.">
+        <source>Choose a different name.</source>
+        <translation>Choose a different name.</translation>
+    </message>
+    <message id="Character not allowed in filename">
+        <source>Character not allowed in filename</source>
+        <extracomment>Shown under the name field while the typed name contains a character that names can’t have.</extracomment>
+        <translation>This name contains a character that isn’t allowed.</translation>
+    </message>
+    <message id="Enter a name for this folder.">
+        <source>Enter a name for this folder.</source>
+        <translation>Enter a name for this folder.</translation>
+    </message>
+    <message id="Folder Name">
+        <source>Folder Name</source>
+        <extracomment>Placeholder of the empty name field of the new-folder prompt.</extracomment>
+        <translation>Folder Name</translation>
+    </message>
+    <message id="Rename Item">
+        <source>Rename Item</source>
+        <translation>Rename Item</translation>
+    </message>
+    <message id="Enter a new name for this item.">
+        <source>Enter a new name for this item.</source>
+        <translation>Enter a new name for this item.</translation>
+    </message>
+    <!-- Alerts and delete warnings -->
+    <message id="OK">
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message id="Delete from Vellora">
+        <source>Delete from Vellora</source>
+        <translation>Delete from Vellora</translation>
+    </message>
+    <message id="The %@ app library, and all its documents, will be permanently deleted from Vellora on all your devices. This action cannot be undone.">
+        <source>The %@ app library, and all its documents, will be permanently deleted from Vellora on all your devices. This action cannot be undone.</source>
+        <extracomment>%@ is the name of the app library.</extracomment>
+        <translation>The %@ app library, and all its documents, will be permanently deleted from Vellora on all your devices. This action cannot be undone.</translation>
+    </message>
+    <message id="&quot;%@&quot; will be permanently deleted from Vellora on all your devices. This action cannot be undone.">
+        <source>&quot;%@&quot; will be permanently deleted from Vellora on all your devices. This action cannot be undone.</source>
+        <extracomment>%@ is the name of the document or folder.</extracomment>
+        <translation>&quot;%@&quot; will be permanently deleted from Vellora on all your devices. This action cannot be undone.</translation>
+    </message>
+    <message id="%@ will be permanently deleted from Vellora on all your devices. This action cannot be undone.">
+        <source>%@ will be permanently deleted from Vellora on all your devices. This action cannot be undone.</source>
+        <extracomment>%@ is a number of items, such as “3 items”.</extracomment>
+        <translation>%@ will be permanently deleted from Vellora on all your devices. This action cannot be undone.</translation>
+    </message>
+    <message id="The name “%1$@” with extension “.%2$@” is already taken.">
+        <source>The name “%1$@” with extension “.%2$@” is already taken.</source>
+        <extracomment>%1$@ is the name without its extension, %2$@ the extension.</extracomment>
+        <translation>The name “%1$@” with extension “.%2$@” is already taken.</translation>
+    </message>
+    <message id="The name “%@” is already taken.">
+        <source>The name “%@” is already taken.</source>
+        <translation>The name “%@” is already taken.</translation>
+    </message>
+    <message id="The name “%@” can’t be used. Try using a name with fewer characters, or with no punctuation marks.">
+        <source>The name “%@” can’t be used. Try using a name with fewer characters, or with no punctuation marks.</source>
+        <translation>The name “%@” can’t be used. Try using a name with fewer characters, or with no punctuation marks.</translation>
+    </message>
+    <!-- Downloads -->
+    <message id="This item is over %@.">
+        <source>This item is over %@.</source>
+        <extracomment>Alert title when a large item can’t be downloaded over cellular. %@ is the size limit, such as “100 MB”.</extracomment>
+        <translation>This item is over %@.</translation>
+    </message>
+    <message id="“%@” will not download until you connect to Wi-Fi.">
+        <source>“%@” will not download until you connect to Wi-Fi.</source>
+        <extracomment>%@ is the name of the item.</extracomment>
+        <translation>“%@” will not download until you connect to Wi-Fi.</translation>
+    </message>
+    <message id="Unable to download file. You are no longer connected to the Internet.">
+        <source>Unable to download file. You are no longer connected to the Internet.</source>
+        <translation>Unable to download the file. You are no longer connected to the Internet.</translation>
+    </message>
+    <message id="Download to View">
+        <source>Download to View</source>
+        <translation>Download to View</translation>
+    </message>
+    <message id="Download">
+        <source>Download</source>
+        <translation>Download</translation>
+    </message>
+    <message id="Cancel Download">
+        <source>Cancel Download</source>
+        <translation>Cancel Download</translation>
+    </message>
+    <message id="Loading…">
+        <source>Loading…</source>
+        <translation>Loading…</translation>
+    </message>
+    <message id="%1$@ of %2$@">
+        <source>%1$@ of %2$@</source>
+        <extracomment>Download progress: %1$@ is the size downloaded so far, %2$@ the whole size, such as “1.2 MB of 4 MB”.</extracomment>
+        <translation>%1$@ of %2$@</translation>
+    </message>
+    <!-- Details screen -->
+    <message id="Open in “%@”">
+        <source>Open in “%@”</source>
+        <extracomment>Button that opens the document in another app. %@ is the app’s name.</extracomment>
+        <translation>Open in “%@”</translation>
+    </message>
+    <message id="Kind">
+        <source>Kind</source>
+        <extracomment>Row name in an item’s details: the type of document.</extracomment>
+        <translation>Kind</translation>
+    </message>
+    <message id="Size">
+        <source>Size</source>
+        <translation>Size</translation>
+    </message>
+    <message id="Where">
+        <source>Where</source>
+        <extracomment>Row name in an item’s details: the folders that hold the item.</extracomment>
+        <translation>Where</translation>
+    </message>
+    <message id="Created">
+        <source>Created</source>
+        <translation>Created</translation>
+    </message>
+    <message id="Modified">
+        <source>Modified</source>
+        <translation>Modified</translation>
+    </message>
+    <message id="Tags">
+        <source>Tags</source>
+        <translation>Tags</translation>
+    </message>
+    <!-- Texts of file errors -->
+    <message id="ERROR_FILE_NO_SUCH_FILE">
+        <source>The file “%@” couldn’t be opened because there is no such file.</source>
+        <extracomment>%@ is the file’s name.</extracomment>
+        <translation>The file “%@” couldn’t be opened because there is no such file.</translation>
+    </message>
+    <message id="ERROR_FILE_INVALID_NAME">
+        <source>The file “%@” couldn’t be saved because the file name is invalid.</source>
+        <extracomment>%@ is the file’s name.</extracomment>
+        <translation>The file “%@” couldn’t be saved because the file name is invalid.</translation>
+    </message>
+    <message id="ERROR_FILE_EXISTS">
+        <source>The file “%@” couldn’t be saved because a file with the same name already exists.</source>
+        <extracomment>%@ is the file’s name.</extracomment>
+        <translation>The file “%@” couldn’t be saved because a file with the same name already exists.</translation>
+    </message>
+    <message id="ERROR_USER_CANCELLED">
+        <source>The operation was cancelled.</source>
+        <translation>The operation was cancelled.</translation>
+    </message>
+    <message id="ERROR_FEATURE_UNSUPPORTED">
+        <source>The operation couldn’t be completed because it isn’t supported.</source>
+        <translation>The operation couldn’t be completed because it isn’t supported.</translation>
+    </message>
+    <message id="ERROR_CLOUD_SERVER_UNAVAILABLE">
+        <source>The cloud server isn’t available right now. Try again later.</source>
+        <translation>The cloud server isn’t available right now. Try again later.</translation>
+    </message>
+    <message id="ERROR_GENERIC">
+        <source>The operation couldn’t be completed.</source>
+        <translation>The operation couldn’t be completed.</translation>
+    </message>
+</context>
+</TS>
