@@ -1,0 +1,460 @@
+#include "drive/DriveChangeWatcher.h"
+
+#include "drive/DriveHome.h"
+#include "logging/VLLogging.h"
+
+#include <QDateTime>
+#include <QDir>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace vl {
+
+namespace {
+
+constexpr quint32 WatchMask = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE |
+                              IN_ATTRIB | IN_DELETE_SELF | IN_EXCL_UNLINK | IN_ONLYDIR;
+// A burst is delivered once no event came for this long, or when it is this old.
+constexpr int QuietMs = 20;
+constexpr qint64 MaxBatchAgeMs = 250;
+
+enum RecordKind { Created, Deleted, Modified, Moved };
+
+bool existsNoFollow(const QString& path) {
+    struct stat st;
+    return ::lstat(QFile::encodeName(path).constData(), &st) == 0;
+}
+
+bool isInside(const QString& path, const QString& folder) {
+    return path == folder || (path.startsWith(folder) && path.size() > folder.size() &&
+                              path.at(folder.size()) == QLatin1Char('/'));
+}
+
+// The logical item a directory entry stands for: placeholders stand for their item; downloads
+// and the service's temporaries stand for nothing.
+QString logicalPath(const QString& dir, const QString& name) {
+    if (const auto logical = DriveHome::logicalNameOfPlaceholder(name)) {
+        return dir + QLatin1Char('/') + *logical;
+    }
+    if (DriveHome::isServiceFileName(name)) {
+        return {};
+    }
+    return dir + QLatin1Char('/') + name;
+}
+
+}  // namespace
+
+struct DriveChangeWatcher::Record {
+    int kind;
+    QString path;
+    QString newPath;
+};
+
+struct DriveChangeWatcher::PendingMove {
+    quint32 cookie;
+    QString rawPath;
+    QString logicalPath;
+    bool isDir;
+    bool suppressed;
+};
+
+DriveChangeWatcher::DriveChangeWatcher(QString driveRoot, Sink sink)
+    : driveRoot_(QDir::cleanPath(driveRoot)), sink_(std::move(sink)) {}
+
+DriveChangeWatcher::~DriveChangeWatcher() {
+    stop();
+}
+
+bool DriveChangeWatcher::isRunning() const {
+    std::lock_guard lock(mutex_);
+    return running_;
+}
+
+bool DriveChangeWatcher::start() {
+    if (isRunning()) {
+        return true;
+    }
+    inotifyFd_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    stopFd_ = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    QByteArray fenceTemplate = QFile::encodeName(QDir::tempPath() + "/vellora-fences-XXXXXX");
+    const bool fenceMade = ::mkdtemp(fenceTemplate.data()) != nullptr;
+    if (inotifyFd_ < 0 || stopFd_ < 0 || !fenceMade) {
+        VLLOG(3, "Cannot watch the drive at %@: %s", driveRoot_, std::strerror(errno));
+        stop();
+        return false;
+    }
+    fenceDir_ = QFile::decodeName(fenceTemplate);
+    fenceWd_ = ::inotify_add_watch(inotifyFd_, fenceTemplate.constData(), IN_CREATE);
+    addWatchTree(driveRoot_, false);
+    if (fenceWd_ < 0 || watchPaths_.isEmpty()) {
+        VLLOG(3, "Cannot watch the drive at %@: %s", driveRoot_, std::strerror(errno));
+        stop();
+        return false;
+    }
+    {
+        std::lock_guard lock(mutex_);
+        running_ = true;
+    }
+    thread_ = std::thread([this] { run(); });
+    VLLOG(7, "Watching %@ (%d folders)", driveRoot_, int(watchPaths_.size()));
+    return true;
+}
+
+void DriveChangeWatcher::stop() {
+    if (thread_.joinable()) {
+        const quint64 one = 1;
+        [[maybe_unused]] const ssize_t written = ::write(stopFd_, &one, sizeof one);
+        thread_.join();
+    }
+    {
+        std::lock_guard lock(mutex_);
+        running_ = false;
+        suppressed_.clear();
+        barrierDone_.notify_all();
+    }
+    if (inotifyFd_ >= 0) {
+        ::close(inotifyFd_);
+        inotifyFd_ = -1;
+    }
+    if (stopFd_ >= 0) {
+        ::close(stopFd_);
+        stopFd_ = -1;
+    }
+    if (!fenceDir_.isEmpty()) {
+        QDir(fenceDir_).removeRecursively();
+        fenceDir_.clear();
+    }
+    watchPaths_.clear();
+    batch_.clear();
+    pendingMoves_.clear();
+}
+
+quint64 DriveChangeWatcher::beginOwnChanges(const std::vector<QString>& paths) {
+    std::lock_guard lock(mutex_);
+    if (!running_) {
+        return 0;
+    }
+    const quint64 id = nextId_++;
+    for (const QString& path : paths) {
+        suppressed_.emplace_back(id, QDir::cleanPath(path));
+    }
+    return id;
+}
+
+void DriveChangeWatcher::endOwnChanges(quint64 id) {
+    if (id == 0) {
+        return;
+    }
+    const QByteArray name = QFile::encodeName(fenceDir_ + "/s" + QString::number(id));
+    const int fd = ::open(name.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+    if (fd >= 0) {
+        ::close(fd);
+        ::unlink(name.constData());
+        return;
+    }
+    std::lock_guard lock(mutex_);
+    std::erase_if(suppressed_, [id](const auto& s) { return s.first == id; });
+}
+
+void DriveChangeWatcher::waitUntilDelivered() {
+    quint64 id;
+    {
+        std::lock_guard lock(mutex_);
+        if (!running_) {
+            return;
+        }
+        id = nextId_++;
+    }
+    const QByteArray name = QFile::encodeName(fenceDir_ + "/b" + QString::number(id));
+    const int fd = ::open(name.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+    if (fd < 0) {
+        return;
+    }
+    ::close(fd);
+    ::unlink(name.constData());
+    std::unique_lock lock(mutex_);
+    barrierDone_.wait_for(lock, std::chrono::seconds(5),
+                          [&] { return !running_ || finishedBarriers_.count(id) > 0; });
+    finishedBarriers_.erase(id);
+}
+
+void DriveChangeWatcher::run() {
+    pollfd fds[2] = {{inotifyFd_, POLLIN, 0}, {stopFd_, POLLIN, 0}};
+    for (;;) {
+        const bool pending = !batch_.empty() || !pendingMoves_.empty();
+        const int ready = ::poll(fds, 2, pending ? QuietMs : -1);
+        if (ready < 0 && errno != EINTR) {
+            VLLOG(3, "Drive watcher stopped: %s", std::strerror(errno));
+            return;
+        }
+        if (fds[1].revents & POLLIN) {
+            return;
+        }
+        if (ready > 0 && (fds[0].revents & POLLIN)) {
+            readEvents();
+            if (!batch_.empty() &&
+                QDateTime::currentMSecsSinceEpoch() - batchStartedMs_ > MaxBatchAgeMs) {
+                expireMoves();
+                flush();
+            }
+        } else if (ready == 0) {
+            expireMoves();
+            flush();
+        }
+    }
+}
+
+void DriveChangeWatcher::readEvents() {
+    alignas(inotify_event) char buffer[64 * 1024];
+    for (;;) {
+        const ssize_t length = ::read(inotifyFd_, buffer, sizeof buffer);
+        if (length <= 0) {
+            return;
+        }
+        for (ssize_t offset = 0; offset < length;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(buffer + offset);
+            const QString name =
+                event->len ? QFile::decodeName(QByteArray(event->name)) : QString();
+            handleEvent(event->wd, event->mask, event->cookie, name);
+            offset += ssize_t(sizeof(inotify_event) + event->len);
+        }
+    }
+}
+
+void DriveChangeWatcher::handleEvent(int wd, quint32 mask, quint32 cookie, const QString& name) {
+    if (mask & IN_Q_OVERFLOW) {
+        VLLOG(4, "Drive watcher: event queue overflow, some changes of %@ were missed", driveRoot_);
+        return;
+    }
+    if (wd == fenceWd_) {
+        if ((mask & IN_CREATE) && !name.isEmpty()) {
+            handleFence(name);
+        }
+        return;
+    }
+    if (mask & (IN_IGNORED | IN_DELETE_SELF)) {
+        if (mask & IN_IGNORED) {
+            watchPaths_.remove(wd);
+        }
+        return;
+    }
+    const auto dirIt = watchPaths_.constFind(wd);
+    if (dirIt == watchPaths_.constEnd() || name.isEmpty()) {
+        return;
+    }
+    const QString dir = *dirIt;
+    const QString rawPath = dir + QLatin1Char('/') + name;
+    const QString logical = logicalPath(dir, name);
+    const bool isDir = mask & IN_ISDIR;
+
+    if (batch_.empty() && pendingMoves_.empty()) {
+        batchStartedMs_ = QDateTime::currentMSecsSinceEpoch();
+    }
+    if (mask & IN_MOVED_FROM) {
+        pendingMoves_.push_back(
+            {cookie, rawPath, logical, isDir, logical.isEmpty() || isSuppressed(logical)});
+        return;
+    }
+    if (mask & IN_MOVED_TO) {
+        const auto from =
+            std::find_if(pendingMoves_.begin(), pendingMoves_.end(),
+                         [cookie](const PendingMove& m) { return m.cookie == cookie; });
+        if (from == pendingMoves_.end()) {
+            if (isDir) {
+                addWatchTree(rawPath, true);
+            }
+            record(Created, logical);
+            return;
+        }
+        const PendingMove move = *from;
+        pendingMoves_.erase(from);
+        if (move.isDir) {
+            renameWatches(move.rawPath, rawPath);
+        }
+        if (move.logicalPath.isEmpty()) {
+            // A temporary renamed into place: the item appears (or is replaced).
+            record(Created, logical);
+        } else if (!move.suppressed) {
+            record(Moved, move.logicalPath, logical);
+        }
+        return;
+    }
+    if (mask & IN_CREATE) {
+        if (isDir) {
+            addWatchTree(rawPath, true);
+        }
+        record(Created, logical);
+    } else if (mask & IN_DELETE) {
+        record(Deleted, logical);
+    } else if (mask & (IN_CLOSE_WRITE | IN_ATTRIB)) {
+        record(Modified, logical);
+    }
+}
+
+void DriveChangeWatcher::handleFence(const QString& name) {
+    const quint64 id = name.mid(1).toULongLong();
+    if (name.startsWith(QLatin1Char('s'))) {
+        std::lock_guard lock(mutex_);
+        std::erase_if(suppressed_, [id](const auto& s) { return s.first == id; });
+    } else if (name.startsWith(QLatin1Char('b'))) {
+        expireMoves();
+        flush();
+        std::lock_guard lock(mutex_);
+        finishedBarriers_.insert(id);
+        barrierDone_.notify_all();
+    }
+}
+
+void DriveChangeWatcher::addWatchTree(const QString& path, bool reportContents) {
+    const QByteArray encoded = QFile::encodeName(path);
+    const int wd = ::inotify_add_watch(inotifyFd_, encoded.constData(), WatchMask);
+    if (wd < 0) {
+        VLLOG(4, "Cannot watch folder %@: %s", path, std::strerror(errno));
+        return;
+    }
+    watchPaths_.insert(wd, path);
+    DIR* dir = ::opendir(encoded.constData());
+    if (!dir) {
+        return;
+    }
+    while (const dirent* entry = ::readdir(dir)) {
+        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0) {
+            continue;
+        }
+        const QString name = QFile::decodeName(entry->d_name);
+        const QString childPath = path + QLatin1Char('/') + name;
+        bool isDir = entry->d_type == DT_DIR;
+        if (entry->d_type == DT_UNKNOWN) {
+            struct stat st;
+            isDir =
+                ::lstat(QFile::encodeName(childPath).constData(), &st) == 0 && S_ISDIR(st.st_mode);
+        }
+        // Entries made before the watch existed would otherwise go unnoticed.
+        if (reportContents) {
+            record(Created, logicalPath(path, name));
+        }
+        if (isDir) {
+            addWatchTree(childPath, reportContents);
+        }
+    }
+    ::closedir(dir);
+}
+
+void DriveChangeWatcher::renameWatches(const QString& from, const QString& to) {
+    for (auto it = watchPaths_.begin(); it != watchPaths_.end(); ++it) {
+        if (isInside(*it, from)) {
+            *it = to + it->mid(from.size());
+        }
+    }
+}
+
+void DriveChangeWatcher::removeWatches(const QString& path) {
+    for (auto it = watchPaths_.begin(); it != watchPaths_.end();) {
+        if (isInside(*it, path)) {
+            ::inotify_rm_watch(inotifyFd_, it.key());
+            it = watchPaths_.erase(it);
+        } else {
+            ++it;
+        }
+    }
+}
+
+// A move whose other half never came left the watched tree: for the drive it is a deletion.
+void DriveChangeWatcher::expireMoves() {
+    for (const PendingMove& move : pendingMoves_) {
+        if (move.isDir) {
+            removeWatches(move.rawPath);
+        }
+        if (!move.suppressed) {
+            batch_.push_back({Deleted, move.logicalPath, {}});
+        }
+    }
+    pendingMoves_.clear();
+}
+
+bool DriveChangeWatcher::isSuppressed(const QString& logicalPath) const {
+    std::lock_guard lock(mutex_);
+    return std::any_of(suppressed_.begin(), suppressed_.end(),
+                       [&](const auto& s) { return isInside(logicalPath, s.second); });
+}
+
+void DriveChangeWatcher::record(int kind, const QString& logicalPath, const QString& newPath) {
+    if (logicalPath.isEmpty() || isSuppressed(logicalPath) ||
+        (!newPath.isEmpty() && isSuppressed(newPath))) {
+        return;
+    }
+    batch_.push_back({kind, logicalPath, newPath});
+}
+
+// Coalesces the burst per item and judges creations and deletions by what is there now: an
+// item deleted and replaced by its placeholder (evicted), or the reverse (downloaded), has
+// changed, not gone.
+void DriveChangeWatcher::flush() {
+    if (batch_.empty()) {
+        return;
+    }
+    struct Group {
+        QString path;
+        bool created = false;
+        bool deleted = false;
+    };
+    std::vector<Group> groups;
+    QHash<QString, int> groupIndex;
+    // Each step is a move (index into batch_) or a group (-1 - group index).
+    std::vector<int> steps;
+    for (int i = 0; i < int(batch_.size()); ++i) {
+        const Record& r = batch_[i];
+        if (r.kind == Moved) {
+            steps.push_back(i);
+            continue;
+        }
+        auto found = groupIndex.constFind(r.path);
+        int index;
+        if (found == groupIndex.constEnd()) {
+            index = int(groups.size());
+            groups.push_back({r.path});
+            groupIndex.insert(r.path, index);
+            steps.push_back(-1 - index);
+        } else {
+            index = *found;
+        }
+        groups[index].created |= r.kind == Created;
+        groups[index].deleted |= r.kind == Deleted;
+    }
+    std::vector<DriveChange> changes;
+    for (int step : steps) {
+        if (step >= 0) {
+            const Record& r = batch_[step];
+            changes.push_back(DriveChange::moved(Url::fromPath(r.path), Url::fromPath(r.newPath)));
+            continue;
+        }
+        const Group& g = groups[-1 - step];
+        const bool exists =
+            existsNoFollow(g.path) || existsNoFollow(DriveHome::placeholderPathFor(g.path));
+        const Url url = Url::fromPath(g.path);
+        if (!exists) {
+            if (g.deleted) {
+                changes.push_back(DriveChange::deleted(url));
+            }
+        } else if (g.created && !g.deleted) {
+            changes.push_back(DriveChange::appeared(url));
+        } else {
+            changes.push_back(DriveChange::changed(url));
+        }
+    }
+    batch_.clear();
+    for (const DriveChange& change : changes) {
+        sink_(change);
+    }
+}
+
+}  // namespace vl

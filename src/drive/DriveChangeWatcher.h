@@ -1,0 +1,88 @@
+#pragma once
+
+#include "drive/DriveChange.h"
+
+#include <QHash>
+#include <QString>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace vl {
+
+// Watches the whole drive tree with inotify on a thread of its own (adding watches for folders
+// that appear) and turns what other processes do to it into DriveChanges: a rename is a move, an
+// unlink a deletion, a write or attribute change a change; placeholders and downloads count as
+// their logical item, so an eviction or a finished download is a change of the item, not a
+// deletion. Events come in bursts and are delivered once a burst is quiet.
+//
+// Changes this process makes through coordination are announced with beginOwnChanges and are not
+// delivered again: endOwnChanges drops a fence file into a private watched folder, and since one
+// inotify queue keeps the order of its events, every event of the own change comes before the
+// fence.
+class DriveChangeWatcher {
+public:
+    using Sink = std::function<void(const DriveChange& change)>;
+
+    DriveChangeWatcher(QString driveRoot, Sink sink);
+    ~DriveChangeWatcher();
+    DriveChangeWatcher(const DriveChangeWatcher&) = delete;
+    DriveChangeWatcher& operator=(const DriveChangeWatcher&) = delete;
+
+    // False (and logged) when inotify can't be set up; the service then runs without it.
+    bool start();
+    void stop();
+    bool isRunning() const;
+
+    // Suppresses events of the items at or below these paths until endOwnChanges. Answers 0 when
+    // the watcher is not running.
+    quint64 beginOwnChanges(const std::vector<QString>& paths);
+    void endOwnChanges(quint64 id);
+    // Returns once every event that happened before the call has been delivered (or after five
+    // seconds).
+    void waitUntilDelivered();
+
+private:
+    struct Record;
+    struct PendingMove;
+
+    void run();
+    void readEvents();
+    void handleEvent(int wd, quint32 mask, quint32 cookie, const QString& name);
+    void handleFence(const QString& name);
+    void addWatchTree(const QString& path, bool reportContents);
+    void renameWatches(const QString& from, const QString& to);
+    void removeWatches(const QString& path);
+    void expireMoves();
+    void flush();
+    bool isSuppressed(const QString& logicalPath) const;
+    void record(int kind, const QString& logicalPath, const QString& newLogicalPath = {});
+    quint64 postFence(char type);
+
+    const QString driveRoot_;
+    const Sink sink_;
+    QString fenceDir_;
+    int inotifyFd_ = -1;
+    int stopFd_ = -1;
+    int fenceWd_ = -1;
+    std::thread thread_;
+
+    // Watcher thread only (and start() before the thread runs):
+    QHash<int, QString> watchPaths_;
+    std::vector<Record> batch_;
+    std::vector<PendingMove> pendingMoves_;
+    qint64 batchStartedMs_ = 0;
+
+    mutable std::mutex mutex_;
+    std::condition_variable barrierDone_;
+    std::vector<std::pair<quint64, QString>> suppressed_;  // guarded by mutex_
+    std::set<quint64> finishedBarriers_;                   // guarded by mutex_
+    quint64 nextId_ = 1;                                   // guarded by mutex_
+    bool running_ = false;                                 // guarded by mutex_
+};
+
+}  // namespace vl
