@@ -5,6 +5,7 @@
 #include <QThread>
 #include <QTranslator>
 
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <mutex>
@@ -23,6 +24,9 @@ struct Tables {
 
 std::once_flag installOnce;
 Tables tables;  // written once inside installOnce, read-only afterwards
+
+std::mutex registrationMutex;
+std::atomic<bool> registered{false};  // written under registrationMutex
 
 void registerWithApplication(QCoreApplication* app, const Tables& loaded) {
     // Installing sends a LanguageChange event through the application, so it belongs on the
@@ -55,12 +59,6 @@ void loadTables() {
         tables.locale = locale;
     } else {
         delete locale;
-    }
-
-    // Lookups go to the two tables directly, so they work without an application and on any
-    // thread; the application gets them too, for qtTrId and for widgets that retranslate.
-    if (auto* app = QCoreApplication::instance()) {
-        registerWithApplication(app, tables);
     }
 }
 
@@ -100,10 +98,23 @@ int numerusCount(double count) {
 
 void install() {
     std::call_once(installOnce, loadTables);
+    // Lookups go to the two tables directly, so they work without an application and on any
+    // thread; the application gets them as well (once one exists), for qtTrId and for widgets
+    // that retranslate.
+    if (registered.load(std::memory_order_acquire)) {
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(registrationMutex);
+    auto* app = QCoreApplication::instance();
+    if (!registered.load(std::memory_order_relaxed) && app != nullptr) {
+        registerWithApplication(app, tables);
+        registered.store(true, std::memory_order_release);
+    }
 }
 
 QString localized(const char* key) {
-    return localized(QString::fromUtf8(key));
+    QString text = lookup(QByteArray(key), -1);
+    return text.isNull() ? QString::fromUtf8(key) : text;
 }
 
 QString localized(const QString& key) {
