@@ -156,9 +156,29 @@ public:
 
 private:
     struct Metadata;
+    struct Caches;
+
+    // Reads the fallback record into metadata_ when metadata.json changed; caller holds
+    // metadataMutex_.
+    void refreshMetadataLocked() const;
+    std::optional<Error> saveMetadataLocked() const;
+    std::optional<QString> readStringAttribute(const QString& path, const char* xattrName,
+                                               const char* metadataKey) const;
+    std::optional<Error> writeStringAttribute(const QString& path, const char* xattrName,
+                                              const char* metadataKey,
+                                              const std::optional<QString>& value);
+    void describeType(const QString& name, bool isDirectory, ItemAttributes& attributes,
+                      ItemAttributeKeys keys) const;
+    std::optional<ItemAttributes> placeholderAttributes(const Url& logicalURL,
+                                                        const QString& placeholderPath,
+                                                        ItemAttributeKeys keys, Error* error) const;
+    std::optional<Error> copyToCloud(const QString& localPath, const QString& cloudPath) const;
+    std::optional<Error> evictFile(const QString& path);
+
     DriveHome home_;
     mutable std::mutex metadataMutex_;
     std::unique_ptr<Metadata> metadata_;  // guarded by metadataMutex_
+    std::unique_ptr<Caches> caches_;      // has its own lock
 };
 
 }  // namespace vl
