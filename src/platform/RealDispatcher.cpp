@@ -61,8 +61,4 @@ DispatchQueue* RealDispatcher::currentQueue() const {
     return RealMainQueue::isMainThread() ? main_.get() : nullptr;
 }
 
-int RealDispatcher::liveThreadCount() {
-    return RealWorkerQueue::liveThreadCount();
-}
-
 }  // namespace vl

@@ -27,8 +27,6 @@ public:
     static QString globalQueueLabel(QualityOfService qos);
     // Threads per global queue: between 2 and 4, following the number of cores.
     static int globalQueueThreadCount();
-    // Worker threads (serial and global) still running, over all real dispatchers.
-    static int liveThreadCount();
 
 private:
     const std::shared_ptr<RealMainQueue> main_;

@@ -7,14 +7,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <thread>
 
 namespace vl {
 
 namespace {
-
-std::atomic<int> liveThreads{0};
 
 DispatchTime steadyNow() {
     return std::chrono::duration_cast<DispatchTime>(
@@ -50,10 +47,6 @@ DispatchTime RealWorkerQueue::now() const {
     return steadyNow();
 }
 
-int RealWorkerQueue::liveThreadCount() {
-    return liveThreads.load();
-}
-
 int RealWorkerQueue::niceValueFor(QualityOfService qos, int relativePriority) {
     int nice = 0;
     switch (qos) {
@@ -76,12 +69,9 @@ int RealWorkerQueue::niceValueFor(QualityOfService qos, int relativePriority) {
 
 void RealWorkerQueue::start() {
     for (int i = 0; i < threadCount_; ++i) {
-        liveThreads.fetch_add(1);
-        std::thread([self = shared_from_this()]() mutable {
+        std::thread([self = shared_from_this()] {
             self->prepareThread();
             self->work();
-            self.reset();
-            liveThreads.fetch_sub(1);
         }).detach();
     }
 }

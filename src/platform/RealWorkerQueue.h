@@ -27,8 +27,6 @@ public:
     void asyncAt(DispatchTime when, DispatchBlock block) override;
     DispatchTime now() const override;
 
-    // Worker threads of all queues that have not ended yet (tests check that none leak).
-    static int liveThreadCount();
     // The nice value a worker of this quality of service and relative priority asks for.
     static int niceValueFor(QualityOfService qos, int relativePriority);
 
