@@ -3,6 +3,7 @@
 #include "drive/CloudAccountService.h"
 #include "drive/CloudDocumentsService.h"
 #include "drive/DriveCoordinationBackend.h"
+#include "drive/DriveReachabilityMonitor.h"
 #include "drive/KeyValueStoreService.h"
 #include "logging/VLLogging.h"
 
@@ -56,6 +57,7 @@ void DriveService::installShared() {
     CloudAccount::setShared(account_);
     KeyValueStore::setShared(keyValueStore_);
     DriveCoordinationBackend::install(store_);
+    DriveReachabilityMonitor::install(store_->home());
 }
 
 }  // namespace vl
