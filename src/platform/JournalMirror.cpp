@@ -6,6 +6,8 @@
 #include <sys/uio.h>
 
 #ifdef VELLORA_HAVE_SYSTEMD
+// The record carries the caller's source location; the mirror's own would only repeat itself.
+#define SD_JOURNAL_SUPPRESS_LOCATION
 #include <systemd/sd-journal.h>
 #endif
 
