@@ -449,7 +449,11 @@ private:
             return end;
         }
         spec.conversion = asciiOf(*p);
-        ++p;
+        // A non-ASCII character ends the directive without being part of it, so that a UTF-8
+        // sequence is never cut in two.
+        if (spec.conversion != '\0') {
+            ++p;
+        }
         const ConversionClass kind = classify(spec.conversion);
         const FormatArg* arg = nullptr;
         if (ok && kind != ConversionClass::Unknown) {

@@ -6,6 +6,7 @@
 #include <QDebug>
 #include <QVariantHash>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -86,6 +87,39 @@ void appendIndent(QString& out, int indent) {
     out.append(QString(indent, QLatin1Char(' ')));
 }
 
+// A local file's URL is by far the most common argument of a log line; QUrl::toString() is slow
+// enough to matter there, and for a plain "file:///path" the path alone says the same.
+void appendUrl(QString& out, const QUrl& url) {
+    if (url.isEmpty()) {
+        out.append(QLatin1String("(null)"));
+        return;
+    }
+    if (url.isLocalFile() && !url.hasQuery() && !url.hasFragment() && url.host().isEmpty()) {
+        const QString path = url.path(QUrl::PrettyDecoded);
+        // toString() encodes these in a path where path() shows them as they are.
+        const auto encodedByToString = [](QChar c) {
+            return c.unicode() < 0x80 && std::strchr("\"#<>?\\^{|}", char(c.unicode())) &&
+                   c.unicode() != 0;
+        };
+        if (path.startsWith(QLatin1Char('/')) &&
+            std::none_of(path.cbegin(), path.cend(), encodedByToString)) {
+            out.append(QLatin1String("file://"));
+            out.append(path);
+            return;
+        }
+    }
+    out.append(url.toString());
+}
+
+void appendDateTime(QString& out, const QDateTime& date) {
+    if (!date.isValid()) {
+        out.append(QLatin1String("(null)"));
+        return;
+    }
+    out.append(date.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+    out.append(QLatin1String(" +0000"));
+}
+
 constexpr int IndentStep = 4;
 
 void appendVariant(QString& out, const QVariant& value, int indent, bool nested);
@@ -152,10 +186,10 @@ void appendVariant(QString& out, const QVariant& value, int indent, bool nested)
             appendDictionary(out, *static_cast<const QVariantHash*>(value.constData()), indent);
             return;
         case QMetaType::QUrl:
-            out.append(FormatArg::describeUrl(value.constData()));
+            appendUrl(out, *static_cast<const QUrl*>(value.constData()));
             return;
         case QMetaType::QDateTime:
-            out.append(FormatArg::describeDateTime(value.constData()));
+            appendDateTime(out, *static_cast<const QDateTime*>(value.constData()));
             return;
         default:
             break;
@@ -248,7 +282,7 @@ void FormatArg::appendDescription(QString& out) const {
             out.append(utf16_, length_);
             break;
         case Kind::Object:
-            out.append(describe_(object_));
+            describe_(out, object_);
             break;
     }
 }
@@ -257,53 +291,39 @@ QString FormatArg::description() const {
     if (kind_ == Kind::Utf16) {
         return QString(utf16_, length_);
     }
-    if (kind_ == Kind::Object) {
-        return describe_(object_);
-    }
     QString out;
     appendDescription(out);
     return out;
 }
 
-QString FormatArg::describeUrl(const void* url) {
-    const QUrl& value = *static_cast<const QUrl*>(url);
-    return value.isEmpty() ? QStringLiteral("(null)") : value.toString();
+void FormatArg::describeUrl(QString& out, const void* url) {
+    appendUrl(out, *static_cast<const QUrl*>(url));
 }
 
-QString FormatArg::describeDateTime(const void* date) {
-    const QDateTime& value = *static_cast<const QDateTime*>(date);
-    if (!value.isValid()) {
-        return QStringLiteral("(null)");
-    }
-    return value.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QLatin1String(" +0000");
+void FormatArg::describeDateTime(QString& out, const void* date) {
+    appendDateTime(out, *static_cast<const QDateTime*>(date));
 }
 
-QString FormatArg::describeStringList(const void* list) {
-    QString out;
+void FormatArg::describeStringList(QString& out, const void* list) {
     appendArray(out, *static_cast<const QStringList*>(list), 0);
-    return out;
 }
 
-QString FormatArg::describeVariantList(const void* list) {
-    QString out;
+void FormatArg::describeVariantList(QString& out, const void* list) {
     appendArray(out, *static_cast<const QVariantList*>(list), 0);
-    return out;
 }
 
-QString FormatArg::describeVariantMap(const void* map) {
-    QString out;
+void FormatArg::describeVariantMap(QString& out, const void* map) {
     appendDictionary(out, *static_cast<const QVariantMap*>(map), 0);
-    return out;
 }
 
-QString FormatArg::describeVariant(const void* value) {
-    QString out;
+void FormatArg::describeVariant(QString& out, const void* value) {
     appendVariant(out, *static_cast<const QVariant*>(value), 0, false);
-    return out;
 }
 
 QString describe(const QVariant& value) {
-    return FormatArg::describeVariant(&value);
+    QString out;
+    FormatArg::describeVariant(out, &value);
+    return out;
 }
 
 }  // namespace vl

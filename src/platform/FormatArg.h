@@ -120,23 +120,23 @@ public:
     void appendDescription(QString& out) const;
     QString description() const;
 
-    // The descriptions used for "%@" (and by anyone who wants a value shown the same way).
-    static QString describeUrl(const void* url);
-    static QString describeDateTime(const void* date);
-    static QString describeStringList(const void* list);
-    static QString describeVariantList(const void* list);
-    static QString describeVariantMap(const void* map);
-    static QString describeVariant(const void* value);
-
 private:
-    using Describe = QString (*)(const void*);
+    // Appends the description of the object it was made for.
+    using Describe = void (*)(QString& out, const void* object);
+
+    static void describeUrl(QString& out, const void* url);
+    static void describeDateTime(QString& out, const void* date);
+    static void describeStringList(QString& out, const void* list);
+    static void describeVariantList(QString& out, const void* list);
+    static void describeVariantMap(QString& out, const void* map);
+    static void describeVariant(QString& out, const void* value);
 
     FormatArg(const void* object, Describe describe)
         : kind_(Kind::Object), object_(object), describe_(describe) {}
 
     template <Describable T>
-    static QString describeObject(const void* object) {
-        return QString(static_cast<const T*>(object)->description());
+    static void describeObject(QString& out, const void* object) {
+        out.append(QString(static_cast<const T*>(object)->description()));
     }
 
     Kind kind_ = Kind::Null;
@@ -151,6 +151,8 @@ private:
         const void* object_;
     };
     Describe describe_ = nullptr;
+
+    friend QString describe(const QVariant& value);
 };
 
 }  // namespace vl

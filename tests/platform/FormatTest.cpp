@@ -99,6 +99,13 @@ TEST(FormatTest, ObjectsPrintTheirDescription) {
     const QUrl file = QUrl::fromLocalFile(QStringLiteral("/tmp/Drive/Notes.txt"));
     EXPECT_EQ(format("Previewing %@", file), "Previewing file:///tmp/Drive/Notes.txt");
     EXPECT_EQ(format("%@", QUrl()), "(null)");
+    for (const QString& url : {QStringLiteral("/a b/c%d/#?x/é.txt"), QStringLiteral("/"),
+                               QStringLiteral("/x;y=1"), QStringLiteral("/q\"<>^{|}\\[]`'.txt")}) {
+        EXPECT_EQ(format("%@", QUrl::fromLocalFile(url)), QUrl::fromLocalFile(url).toString());
+    }
+    for (const char* url : {"file://server/share/a", "https://h/p?q=1#f", "file:///a?b", "x:y"}) {
+        EXPECT_EQ(format("%@", QUrl(QString::fromLatin1(url))), QString::fromLatin1(url));
+    }
     const QDateTime date(QDate(2015, 10, 23), QTime(20, 29, 47), QTimeZone(7200));
     EXPECT_EQ(format("%@", date), "2015-10-23 18:29:47 +0000");
     EXPECT_EQ(format("%@", QDateTime()), "(null)");
@@ -191,6 +198,7 @@ TEST(FormatTest, Utf8InFormatsAndArguments) {
     EXPECT_EQ(format("[%4@]", QStringLiteral("é")), QStringLiteral("[   é]"));
     EXPECT_EQ(format("%c", 0x1F600), QStringLiteral("😀"));
     EXPECT_EQ(format("[%c]", 0xD800), QStringLiteral("[\uFFFD]"));
+    EXPECT_EQ(format("50%€ %s", "x"), QStringLiteral("50%€ x"));
 }
 
 TEST(FormatTest, BothFormatOverloadsAgree) {
