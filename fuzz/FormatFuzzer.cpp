@@ -47,7 +47,7 @@ struct Arguments {
     std::vector<vl::FormatArg> pick(const std::uint8_t* kinds, std::size_t count) const {
         std::vector<vl::FormatArg> args;
         for (std::size_t i = 0; i < count; ++i) {
-            switch (kinds[i] % 18) {
+            switch (kinds[i] % 19) {
                 case 0:
                     args.emplace_back(integer);
                     break;
@@ -99,6 +99,9 @@ struct Arguments {
                 case 16:
                     args.emplace_back(&described);
                     break;
+                case 17:
+                    args.emplace_back(urls);
+                    break;
                 default:
                     args.emplace_back(static_cast<signed char>(integer));
                     break;
@@ -122,6 +125,7 @@ struct Arguments {
     Error error;
     QVariant variant{QVariantList{1.5, QStringLiteral("x")}};
     std::optional<int> none;
+    QList<QUrl> urls{url, QUrl()};
     Described described;
 };
 

@@ -201,6 +201,10 @@ void appendVariant(QString& out, const QVariant& value, int indent, bool nested)
     const FormatArg scalar(value);
     if (scalar.kind() != FormatArg::Kind::Object) {
         scalar.appendDescription(out);
+    } else if (value.canConvert<QVariantList>()) {
+        appendArray(out, value.toList(), indent);
+    } else if (value.canConvert<QVariantMap>()) {
+        appendDictionary(out, value.toMap(), indent);
     } else if (value.canConvert<QString>()) {
         out.append(value.toString());
     } else {
@@ -294,6 +298,27 @@ QString FormatArg::description() const {
     QString out;
     appendDescription(out);
     return out;
+}
+
+void FormatArg::appendArrayElement(QString& out, const FormatArg& element, bool last) {
+    appendIndent(out, IndentStep);
+    switch (element.kind_) {
+        case Kind::Utf16:
+            appendQuotedIfNeeded(out, element.utf16());
+            break;
+        case Kind::Utf8:
+        case Kind::Latin1:
+            appendQuotedIfNeeded(out, element.description());
+            break;
+        default: {
+            // A nested collection's lines move in by one level.
+            const QString text = element.description();
+            QString indented = text;
+            indented.replace(QLatin1Char('\n'), QLatin1String("\n    "));
+            out.append(indented);
+        }
+    }
+    out.append(last ? QLatin1String("\n") : QLatin1String(",\n"));
 }
 
 void FormatArg::describeUrl(QString& out, const void* url) {

@@ -16,6 +16,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 namespace vl {
 
@@ -86,6 +87,14 @@ public:
     // and "%.2f" work on it; anything else is described.
     FormatArg(const QVariant& value);
 
+    // Any other list of arguments is shown as an array of their descriptions.
+    template <typename T>
+    requires std::constructible_from<FormatArg, const T&> FormatArg(const QList<T>& list)
+        : FormatArg(&list, &describeList<QList<T>>) {}
+    template <typename T>
+    requires std::constructible_from<FormatArg, const T&> FormatArg(const std::vector<T>& list)
+        : FormatArg(&list, &describeList<std::vector<T>>) {}
+
     template <Describable T>
     FormatArg(const T& object) : FormatArg(&object, &describeObject<T>) {}
     template <Describable T>
@@ -133,6 +142,18 @@ private:
 
     FormatArg(const void* object, Describe describe)
         : kind_(Kind::Object), object_(object), describe_(describe) {}
+
+    template <typename List>
+    static void describeList(QString& out, const void* list) {
+        const List& items = *static_cast<const List*>(list);
+        out.append(QLatin1String("(\n"));
+        for (std::size_t i = 0; i < std::size_t(items.size()); ++i) {
+            appendArrayElement(out, FormatArg(items[i]), i + 1 == std::size_t(items.size()));
+        }
+        out.append(QLatin1Char(')'));
+    }
+    // One line of an array's description: indented, a string quoted when it isn't one word.
+    static void appendArrayElement(QString& out, const FormatArg& element, bool last);
 
     template <Describable T>
     static void describeObject(QString& out, const void* object) {

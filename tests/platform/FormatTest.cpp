@@ -140,6 +140,13 @@ TEST(FormatTest, CollectionsPrintAsArraysAndDictionaries) {
         format("%@", map),
         "{\n    Count = 2;\n    Name = \"My File\";\n    Tags = {\n        k = 1;\n    };\n}");
     EXPECT_EQ(format("%@", QVariant(map)), format("%@", map));
+
+    const QList<QUrl> urls{QUrl(QStringLiteral("file:///a")), QUrl(QStringLiteral("file:///b"))};
+    EXPECT_EQ(format("ItemsToMove = %@", urls),
+              "ItemsToMove = (\n    file:///a,\n    file:///b\n)");
+    EXPECT_EQ(format("%@", QVariant::fromValue(urls)), format("%@", urls));
+    const std::vector<QStringList> lists{{QStringLiteral("x y")}, {}};
+    EXPECT_EQ(format("%@", lists), "(\n    (\n        \"x y\"\n    ),\n    (\n    )\n)");
 }
 
 TEST(FormatTest, VariantsFormatAsTheirContent) {
