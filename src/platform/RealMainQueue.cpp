@@ -1,8 +1,13 @@
 #include "platform/RealMainQueue.h"
 
+#include "platform/MainQueuePump.h"
+
 #include <QCoreApplication>
 #include <QThread>
 #include <QTimer>
+
+#include <condition_variable>
+#include <mutex>
 
 namespace vl {
 
@@ -26,14 +31,9 @@ void RealMainQueue::run(const DispatchBlock& block) {
 }
 
 void RealMainQueue::async(DispatchBlock block) {
-    QCoreApplication* app = QCoreApplication::instance();
-    if (!app) {
+    if (!MainQueuePump::post(shared_from_this(), std::move(block))) {
         qWarning("Dispatch: no application object; a block for the main queue is dropped");
-        return;
     }
-    QMetaObject::invokeMethod(
-        app, [self = shared_from_this(), block = std::move(block)] { self->run(block); },
-        Qt::QueuedConnection);
 }
 
 void RealMainQueue::sync(DispatchBlock block) {
@@ -46,8 +46,19 @@ void RealMainQueue::sync(DispatchBlock block) {
         run(block);
         return;
     }
-    QMetaObject::invokeMethod(
-        app, [this, &block] { run(block); }, Qt::BlockingQueuedConnection);
+    // Waiting on a condition variable of our own rather than a blocking queued call keeps the
+    // hand-over visible to ThreadSanitizer, which cannot see into Qt's semaphore.
+    std::mutex doneMutex;
+    std::condition_variable doneChanged;
+    bool done = false;
+    async([&] {
+        block();
+        std::lock_guard lock(doneMutex);
+        done = true;
+        doneChanged.notify_one();
+    });
+    std::unique_lock lock(doneMutex);
+    doneChanged.wait(lock, [&] { return done; });
 }
 
 void RealMainQueue::asyncAt(DispatchTime when, DispatchBlock block) {
