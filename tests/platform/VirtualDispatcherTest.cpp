@@ -168,9 +168,9 @@ TEST_F(VirtualDispatchTimer, NewScheduleReplacesTheOldCadence) {
     timer->schedule(t0, 300s, 1s);
     timer->resume();
     d.advanceBy(300s);
-    timer->schedule(t0 + 400s, 50s, 1s);
-    d.advanceBy(200s);
-    EXPECT_EQ(fired, (std::vector<DispatchDuration>{0s, 300s, 400s, 450s, 500s}));
+    timer->schedule(t0 + 350s, 100s, 1s);
+    d.advanceBy(400s);  // past 600 s, where the old cadence would have fired
+    EXPECT_EQ(fired, (std::vector<DispatchDuration>{0s, 300s, 350s, 450s, 550s, 650s}));
 }
 
 TEST_F(VirtualDispatchTimer, CancelAndReleaseStopIt) {
