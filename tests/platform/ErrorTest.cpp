@@ -51,6 +51,8 @@ TEST(ErrorTest, FileErrorsNameTheFileNotItsFolder) {
         EXPECT_EQ(named.userInfo().value(Error::FilePathKey).toString(), path);
         EXPECT_TRUE(unnamed.userInfo().isEmpty());
         EXPECT_NE(named.localizedDescription(), unnamed.localizedDescription()) << code;
+        EXPECT_TRUE(named.localizedDescription().contains(QStringLiteral("“Budget 2015.numbers”")))
+            << named.localizedDescription().toStdString();
         EXPECT_FALSE(named.localizedDescription().contains(QLatin1String("/drive/Reports")));
         EXPECT_FALSE(named.localizedDescription().isEmpty());
     }
