@@ -119,7 +119,7 @@ void appendDescribed(QString& out, const FormatArg& arg, const Spec& spec, bool 
 }
 
 // The C directive for snprintf: flags, width, precision, then the length and conversion given.
-int buildCFormat(char* buffer, const Spec& spec, const char* lengthAndConversion) {
+void buildCFormat(char* buffer, const Spec& spec, const char* lengthAndConversion) {
     char* p = buffer;
     *p++ = '%';
     if (spec.minus)
@@ -141,7 +141,6 @@ int buildCFormat(char* buffer, const Spec& spec, const char* lengthAndConversion
     }
     const std::size_t rest = std::strlen(lengthAndConversion);
     std::memcpy(p, lengthAndConversion, rest + 1);
-    return int(p - buffer + rest);
 }
 
 template <typename Value>
