@@ -1,0 +1,110 @@
+#pragma once
+
+#include "platform/Dispatch.h"
+#include "platform/Url.h"
+#include "toolkit/ViewController.h"
+
+#include <QList>
+#include <QListView>
+#include <QPointer>
+
+#include <memory>
+#include <optional>
+
+class QFileSystemWatcher;
+
+class QModelIndex;
+class QScroller;
+
+namespace vl {
+
+class DocumentListControllerDelegate;
+class DocumentListModel;
+struct DocumentListEntry;
+
+// The folder list: the items of one drive folder as a list (or a grid), a name and an icon per
+// row, read on a background queue and applied on the main queue, refreshed when the folder
+// changes on disk. Outside editing a tap on a folder offers a new list for it to the delegate and
+// a tap on any other item reports its URL; while editing, taps select. Per-item actions come from
+// the row's context menu (long press or right click), limited to the available-actions mask.
+// Touch and mouse drags scroll kinetically.
+class DocumentListController : public ViewController {
+    Q_OBJECT
+public:
+    // Per-item action codes; bit (1 << code) of availableActions() offers the action.
+    enum Action { Delete = 0, ActionsMenu = 1, Details = 2, Rename = 3 };
+
+    // The root list: the default container's documents folder, where each app library shows as
+    // a folder under its localized name. Null when the drive is unavailable.
+    static std::shared_ptr<DocumentListController> create();
+    // The list of one folder of the drive; null when the URL lies outside the drive.
+    static std::shared_ptr<DocumentListController> createForURL(const Url& folder);
+    // The lists from the drive root down to `folder` (the root alone for the root itself);
+    // absent when the folder is outside the drive or the drive is unavailable.
+    static std::optional<QList<std::shared_ptr<DocumentListController>>> hierarchyForURL(
+        const Url& folder);
+
+    explicit DocumentListController(const Url& folder, const QString& title);
+    ~DocumentListController() override;
+
+    Url presentedURL() const { return presentedURL_; }
+
+    // The items shown, in display order; empty until the first read finished.
+    QList<Url> containedItems() const;
+    QList<Url> selectedItems() const;
+    // Selects exactly these (URLs not shown are ignored) and reports the change.
+    void setSelectedItems(const QList<Url>& urls);
+
+    bool isEditing() const { return editing_; }
+    void setEditing(bool editing, bool animated);
+
+    unsigned availableActions() const { return availableActions_; }
+    void setAvailableActions(unsigned mask) { availableActions_ = mask; }
+
+    bool isGridMode() const { return gridMode_; }
+    void setGridMode(bool grid);
+
+    std::shared_ptr<DocumentListControllerDelegate> delegate() const { return delegate_.lock(); }
+    void setDelegate(const std::weak_ptr<DocumentListControllerDelegate>& delegate) {
+        delegate_ = delegate;
+    }
+
+    // Whether the first read of the folder has been applied.
+    bool hasLoaded() const { return loaded_; }
+    // Reads the folder again (on the background queue).
+    void reloadData();
+
+    // What a tap on the row of `url` does; false when no such row is shown.
+    bool tapItemAtURL(const Url& url);
+    // What choosing a per-item action for `url` does; false when the action is not offered or
+    // no such row is shown.
+    bool requestAction(int action, const Url& url);
+
+    // The list widget, once the view loaded.
+    QListView* listView() const { return listView_; }
+
+protected:
+    void loadView() override;
+
+private:
+    void apply(QList<DocumentListEntry> entries);
+    void reportItemsChanged();
+    void showActionMenu(const QModelIndex& index, const QPoint& globalPos);
+    QWidget* rowView(const QModelIndex& index);
+    static DispatchQueuePtr readQueue();
+
+    Url presentedURL_;
+    std::shared_ptr<DocumentListModel> model_;
+    std::weak_ptr<DocumentListControllerDelegate> delegate_;
+    bool editing_ = false;
+    bool gridMode_ = false;
+    bool loaded_ = false;
+    bool readPending_ = false;
+    unsigned availableActions_ = 0;
+    quint64 readGeneration_ = 0;
+    QPointer<QListView> listView_;
+    QPointer<QFileSystemWatcher> watcher_;
+    QPointer<QWidget> anchor_;
+};
+
+}  // namespace vl

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/Url.h"
+
+#include <QString>
+
+namespace vl {
+
+// One row of a folder list, as read on the background queue: the item's URL, the name shown,
+// the icon name to show, and what a tap does with it.
+struct DocumentListEntry {
+    Url url;
+    QString displayName;
+    QString iconName;
+    // Folders and app libraries (not packages): a tap enters them.
+    bool isFolder = false;
+    bool isAppLibrary = false;
+    // Only the placeholder is on the device.
+    bool isCloudOnly = false;
+};
+
+}  // namespace vl

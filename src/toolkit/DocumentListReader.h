@@ -1,0 +1,22 @@
+#pragma once
+
+#include "toolkit/DocumentListEntry.h"
+
+#include <QList>
+
+namespace vl {
+
+// Reads the rows of one drive folder through the cloud documents service: every visible item,
+// the cloud-only ones by their logical URLs, app libraries under their localized names, sorted
+// by name as people sort (numbers by value, case ignored). Safe on any thread.
+class DocumentListReader {
+public:
+    static QList<DocumentListEntry> readFolder(const Url& folder);
+    // The name a folder's list is titled with: the container's name for the default container
+    // and app libraries, else the folder's localized name.
+    static QString titleForFolder(const Url& folder);
+    // The freedesktop icon name for a file of this content type.
+    static QString iconNameForContentType(const QString& contentType);
+};
+
+}  // namespace vl

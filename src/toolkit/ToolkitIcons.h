@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QIcon>
+#include <QString>
+
+namespace vl {
+
+// Icons by freedesktop name: the theme's when it has one, else the toolkit's own copy of the
+// generic icons (headless machines and bare desktops have no icon theme), else the generic icon
+// for documents. Main thread only (icon loading is not thread-safe).
+class ToolkitIcons {
+public:
+    static QIcon icon(const QString& name);
+    // A cloud-only variant: the icon drawn faded with a cloud mark.
+    static QIcon cloudOnlyIcon(const QString& name);
+    static bool hasBundledIcon(const QString& name);
+};
+
+}  // namespace vl
