@@ -36,6 +36,11 @@ bool lstatPath(const QString& path, struct stat* st) {
     return ::lstat(nativePath(path).constData(), st) == 0;
 }
 
+bool isSymlinkPath(const QString& path) {
+    struct stat st;
+    return lstatPath(path, &st) && S_ISLNK(st.st_mode);
+}
+
 bool pathExists(const QString& path) {
     struct stat st;
     return lstatPath(path, &st);
@@ -626,7 +631,7 @@ std::optional<ItemAttributes> DriveStore::localItemAttributes(const Url& url,
     }
     const bool inDrive = relativePath(url).has_value();
     if (inDrive && (keys & (ItemAttributeKey::IsShared | ItemAttributeKey::SharedRole))) {
-        const std::optional<QString> role = sharedRole(url);
+        const std::optional<QString> role = sharedRoleOfLocal(url.path(), S_ISLNK(st.stx_mode));
         if (keys & ItemAttributeKey::IsShared) {
             attributes.isShared = role.has_value();
         }
@@ -821,15 +826,19 @@ std::optional<Error> DriveStore::saveMetadataLocked() const {
 }
 
 std::optional<QString> DriveStore::readStringAttribute(const QString& path, const char* xattrName,
-                                                       const char* metadataKey) const {
-    char buffer[4096];
-    const ssize_t length =
-        ::lgetxattr(nativePath(path).constData(), xattrName, buffer, sizeof(buffer));
-    if (length >= 0) {
-        return QString::fromUtf8(buffer, length);
-    }
-    if (!isUnsupportedXattrError(errno)) {
-        return std::nullopt;
+                                                       const char* metadataKey,
+                                                       bool isSymlink) const {
+    // User attributes can't be set on symbolic links, so theirs always live in the fallback.
+    if (!isSymlink) {
+        char buffer[4096];
+        const ssize_t length =
+            ::lgetxattr(nativePath(path).constData(), xattrName, buffer, sizeof(buffer));
+        if (length >= 0) {
+            return QString::fromUtf8(buffer, length);
+        }
+        if (!isUnsupportedXattrError(errno)) {
+            return std::nullopt;
+        }
     }
     const std::optional<QString> relative = home_.driveRelativePath(path);
     if (!relative) {
@@ -900,7 +909,8 @@ std::optional<QStringList> DriveStore::tags(const Url& url, Error* error) const 
         }
         return std::nullopt;
     }
-    const std::optional<QString> value = readStringAttribute(url.path(), kTagsAttribute, kTagsKey);
+    const std::optional<QString> value =
+        readStringAttribute(url.path(), kTagsAttribute, kTagsKey, isSymlinkPath(url.path()));
     return value ? splitTags(*value) : QStringList();
 }
 
@@ -934,8 +944,12 @@ std::optional<QString> DriveStore::sharedRole(const Url& url) const {
                    ? PlaceholderFile::RoleParticipant
                    : PlaceholderFile::RoleOwner;
     }
+    return sharedRoleOfLocal(url.path(), isSymlinkPath(url.path()));
+}
+
+std::optional<QString> DriveStore::sharedRoleOfLocal(const QString& path, bool isSymlink) const {
     const std::optional<QString> value =
-        readStringAttribute(url.path(), kSharedAttribute, kSharedKey);
+        readStringAttribute(path, kSharedAttribute, kSharedKey, isSymlink);
     if (value == PlaceholderFile::RoleOwner || value == PlaceholderFile::RoleParticipant) {
         return value;
     }

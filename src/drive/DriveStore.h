@@ -163,7 +163,8 @@ private:
     void refreshMetadataLocked() const;
     std::optional<Error> saveMetadataLocked() const;
     std::optional<QString> readStringAttribute(const QString& path, const char* xattrName,
-                                               const char* metadataKey) const;
+                                               const char* metadataKey, bool isSymlink) const;
+    std::optional<QString> sharedRoleOfLocal(const QString& path, bool isSymlink) const;
     std::optional<Error> writeStringAttribute(const QString& path, const char* xattrName,
                                               const char* metadataKey,
                                               const std::optional<QString>& value);

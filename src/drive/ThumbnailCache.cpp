@@ -40,6 +40,53 @@ QString ThumbnailCache::cachePath(const QString& path, int size) {
            QLatin1Char('/') + QString::fromLatin1(digest) + QStringLiteral(".png");
 }
 
+QHash<QString, QString> ThumbnailCache::pngTextChunks(const QString& path) {
+    QHash<QString, QString> text;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.read(8) != QByteArray("\x89PNG\r\n\x1a\n", 8)) {
+        return text;
+    }
+    for (;;) {
+        const QByteArray header = file.read(8);
+        if (header.size() != 8) {
+            break;
+        }
+        const quint32 length = (quint32(uchar(header[0])) << 24) |
+                               (quint32(uchar(header[1])) << 16) |
+                               (quint32(uchar(header[2])) << 8) | quint32(uchar(header[3]));
+        const QByteArray type = header.mid(4, 4);
+        if (type == "IDAT" || type == "IEND" || length > (1u << 20)) {
+            break;
+        }
+        const QByteArray data = file.read(length);
+        file.read(4);  // CRC
+        const qsizetype zero = data.indexOf('\0');
+        if (zero <= 0) {
+            continue;
+        }
+        const QString key = QString::fromLatin1(data.left(zero));
+        if (type == "tEXt") {
+            text.insert(key, QString::fromLatin1(data.mid(zero + 1)));
+        } else if (type == "zTXt" && data.size() > zero + 2) {
+            // zlib data; qUncompress wants the expected length in front.
+            text.insert(key, QString::fromLatin1(
+                                 qUncompress(QByteArray("\0\0\x10\0", 4) + data.mid(zero + 2))));
+        } else if (type == "iTXt" && data.size() > zero + 3) {
+            const bool compressed = data.at(zero + 1) != 0;
+            const qsizetype language = data.indexOf('\0', zero + 3);
+            const qsizetype translated = language < 0 ? -1 : data.indexOf('\0', language + 1);
+            if (translated < 0) {
+                continue;
+            }
+            const QByteArray value = data.mid(translated + 1);
+            text.insert(
+                key, QString::fromUtf8(compressed ? qUncompress(QByteArray("\0\0\x10\0", 4) + value)
+                                                  : value));
+        }
+    }
+    return text;
+}
+
 std::optional<QImage> ThumbnailCache::thumbnail(const QString& path, int size) {
     const QFileInfo info(path);
     if (!info.isFile()) {
@@ -49,10 +96,10 @@ std::optional<QImage> ThumbnailCache::thumbnail(const QString& path, int size) {
     const QString mtime = QString::number(info.lastModified().toSecsSinceEpoch());
     const QString cached = cachePath(path, size);
     {
-        QImageReader reader(cached, "png");
-        if (reader.canRead() && reader.text(QStringLiteral("Thumb::URI")) == uri &&
-            reader.text(QStringLiteral("Thumb::MTime")) == mtime) {
-            QImage image = reader.read();
+        const QHash<QString, QString> text = pngTextChunks(cached);
+        if (text.value(QStringLiteral("Thumb::URI")) == uri &&
+            text.value(QStringLiteral("Thumb::MTime")) == mtime) {
+            QImage image(cached, "png");
             if (!image.isNull()) {
                 return image;
             }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QImage>
 #include <QString>
 #include <QVariantMap>
@@ -21,6 +22,9 @@ public:
     static std::optional<QImage> thumbnail(const QString& path, int size);
     // Where the thumbnail of `path` for `size` lives.
     static QString cachePath(const QString& path, int size);
+    // The tEXt chunks of a PNG file before its image data. QImageReader::text() can't be used:
+    // it splits keys at the colon, and the cache's keys contain "::".
+    static QHash<QString, QString> pngTextChunks(const QString& path);
 };
 
 }  // namespace vl
