@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Command.h"
+
+namespace vl {
+
+// status: the account, containers, item counts, network, quota, throttling and tags of the home.
+class StatusCommand : public Command {
+public:
+    QString name() const override { return QStringLiteral("status"); }
+    QString synopsis() const override { return QStringLiteral("status"); }
+    QString summary() const override {
+        return QStringLiteral(
+            "Show the account, containers, local and cloud-only items, network, quota, "
+            "throttling and tags.");
+    }
+    int run(ToolContext& context, Arguments& arguments) override;
+};
+
+}  // namespace vl
