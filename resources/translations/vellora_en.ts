@@ -259,6 +259,18 @@
         <extracomment>%@ is the file’s name.</extracomment>
         <translation>The file “%@” couldn’t be saved because a file with the same name already exists.</translation>
     </message>
+    <message id="ERROR_FILE_NO_SUCH_FILE_UNNAMED">
+        <source>The file couldn’t be opened because there is no such file.</source>
+        <translation>The file couldn’t be opened because there is no such file.</translation>
+    </message>
+    <message id="ERROR_FILE_INVALID_NAME_UNNAMED">
+        <source>The file couldn’t be saved because the file name is invalid.</source>
+        <translation>The file couldn’t be saved because the file name is invalid.</translation>
+    </message>
+    <message id="ERROR_FILE_EXISTS_UNNAMED">
+        <source>The file couldn’t be saved because a file with the same name already exists.</source>
+        <translation>The file couldn’t be saved because a file with the same name already exists.</translation>
+    </message>
     <message id="ERROR_USER_CANCELLED">
         <source>The operation was cancelled.</source>
         <translation>The operation was cancelled.</translation>
@@ -272,8 +284,9 @@
         <translation>The cloud server isn’t available right now. Try again later.</translation>
     </message>
     <message id="ERROR_GENERIC">
-        <source>The operation couldn’t be completed.</source>
-        <translation>The operation couldn’t be completed.</translation>
+        <source>The operation couldn’t be completed. (%1$@ error %2$d.)</source>
+        <extracomment>%1$@ is the error domain, %2$d the error code.</extracomment>
+        <translation>The operation couldn’t be completed. (%1$@ error %2$d.)</translation>
     </message>
 </context>
 </TS>
