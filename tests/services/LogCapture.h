@@ -1,0 +1,44 @@
+#pragma once
+
+#include "logging/VLLogging.h"
+#include "logging/VLSLSClient.h"
+#include "platform/SystemLogService.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace vl::test {
+
+// Sends this process's log, at every level, to a file of its own for the capture's lifetime and
+// reads the messages back.
+class LogCapture {
+public:
+    LogCapture() {
+        VLSLSClient::SLSClient()->flush();
+        SystemLogService::setLogFilePath(dir_.filePath(QStringLiteral("system.log")));
+        VLSetLogLevel(7);
+    }
+    ~LogCapture() { VLSLSClient::SLSClient()->flush(); }
+
+    QStringList messages() const {
+        VLSLSClient::SLSClient()->flush();
+        QStringList result;
+        QFile file(dir_.filePath(QStringLiteral("system.log")));
+        if (file.open(QIODevice::ReadOnly)) {
+            while (!file.atEnd()) {
+                const QJsonObject record = QJsonDocument::fromJson(file.readLine()).object();
+                result << record.value(QStringLiteral("Message")).toString();
+            }
+        }
+        return result;
+    }
+    qsizetype count(const QString& message) const { return messages().count(message); }
+
+private:
+    QTemporaryDir dir_;
+};
+
+}  // namespace vl::test
