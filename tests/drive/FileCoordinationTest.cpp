@@ -25,8 +25,11 @@ TEST_F(FileCoordinationTest, ReadDownloadsCloudOnlyItemAndPublishesProgressEndin
     const auto token = ItemProgress::addSubscriberForFileURL(
         url,
         [&](const std::shared_ptr<ItemProgress>& progress) -> ItemProgress::UnpublishingHandler {
-            std::lock_guard lock(mutex);
-            kinds.append(progress->kind());
+            {
+                std::lock_guard lock(mutex);
+                kinds.append(progress->kind());
+            }
+            // Not under `mutex`: the observer takes it while the progress holds its own lock.
             const auto id = progress->addFractionCompletedObserver([&](ItemProgress& p) {
                 std::lock_guard inner(mutex);
                 fractions.push_back(p.fractionCompleted());
