@@ -1,6 +1,7 @@
 #include "DemoMedia.h"
 
 #include "MjpegAviWriter.h"
+#include "StoredZipWriter.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -272,6 +273,35 @@ std::optional<QString> DemoMedia::writeMovie(const QString& path, const QString&
         writer.addFrame(jpeg);
     }
     return writer.write(path, sparsePadding);
+}
+
+std::optional<QString> DemoMedia::writeOpenDocumentText(const QString& path, const QString& title,
+                                                        const QStringList& paragraphs) {
+    auto escaped = [](const QString& text) { return text.toHtmlEscaped().toUtf8(); };
+    QByteArray content =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<office:document-content "
+        "xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\" "
+        "xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\" office:version=\"1.2\">"
+        "<office:body><office:text><text:h text:outline-level=\"1\">" +
+        escaped(title) + "</text:h>";
+    for (const QString& paragraph : paragraphs) {
+        content += "<text:p>" + escaped(paragraph) + "</text:p>";
+    }
+    content += "</office:text></office:body></office:document-content>\n";
+    const QByteArray manifest =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<manifest:manifest xmlns:manifest=\"urn:oasis:names:tc:opendocument:xmlns:manifest:1.0\" "
+        "manifest:version=\"1.2\">"
+        "<manifest:file-entry manifest:full-path=\"/\" "
+        "manifest:media-type=\"application/vnd.oasis.opendocument.text\"/>"
+        "<manifest:file-entry manifest:full-path=\"content.xml\" manifest:media-type=\"text/xml\"/>"
+        "</manifest:manifest>\n";
+    StoredZipWriter zip;
+    zip.add(QStringLiteral("mimetype"), "application/vnd.oasis.opendocument.text");
+    zip.add(QStringLiteral("content.xml"), content);
+    zip.add(QStringLiteral("META-INF/manifest.xml"), manifest);
+    return zip.write(path);
 }
 
 std::optional<QString> DemoMedia::writeFile(const QString& path, const QByteArray& content) {

@@ -29,6 +29,9 @@ public:
     // of hole at the end make a large file that costs no disk.
     static std::optional<QString> writeMovie(const QString& path, const QString& caption,
                                              int frames, quint64 sparsePadding = 0);
+    // An OpenDocument text: a heading and paragraphs.
+    static std::optional<QString> writeOpenDocumentText(const QString& path, const QString& title,
+                                                        const QStringList& paragraphs);
     static std::optional<QString> writeFile(const QString& path, const QByteArray& content);
 };
 

@@ -85,6 +85,14 @@ public:
         return add(path);
     }
 
+    std::optional<QString> openDocument(const QString& path, const QString& title,
+                                        const QStringList& paragraphs) {
+        if (auto error = DemoMedia::writeOpenDocumentText(staged(path), title, paragraphs)) {
+            return QStringLiteral("can't write ") + path + QStringLiteral(": ") + *error;
+        }
+        return add(path);
+    }
+
     std::optional<QString> movie(const QString& path, const QString& caption, int frames) {
         if (auto error = DemoMedia::writeMovie(staged(path), caption, frames)) {
             return QStringLiteral("can't write ") + path + QStringLiteral(": ") + *error;
@@ -325,6 +333,13 @@ std::optional<QString> SeedDemoCommand::seed(ToolContext& context, const QString
                                                 "folder.\n\nLove,\nSam\n"))) {
                  return e;
              }
+             if (auto e = s.openDocument(QStringLiteral("Work/Meeting Agenda.odt"),
+                                         QStringLiteral("Meeting agenda"),
+                                         {QStringLiteral("1. Release status"),
+                                          QStringLiteral("2. Download screen review"),
+                                          QStringLiteral("3. Any other business")})) {
+                 return e;
+             }
              if (auto e = s.text(QStringLiteral("Work/Projects/Roadmap.md"),
                                  QStringLiteral("# Roadmap\n\n## Q3\n- Offline folders\n"
                                                 "- Faster search\n\n## Q4\n- Sharing sheet\n"))) {
@@ -387,6 +402,14 @@ std::optional<QString> SeedDemoCommand::seed(ToolContext& context, const QString
                                  QStringLiteral("# Chapter 2\n\nBy morning the sea had taken "
                                                 "the jetty.\n"),
                                  true)) {
+                 return e;
+             }
+             if (auto e = s.openDocument(QStringLiteral("Writer/Synopsis.odt"),
+                                         QStringLiteral("Synopsis"),
+                                         {QStringLiteral("A keeper's daughter relights an "
+                                                         "abandoned lighthouse."),
+                                          QStringLiteral("The storm tests everyone on the "
+                                                         "island.")})) {
                  return e;
              }
              if (auto e = s.picture(QStringLiteral("Photo Studio/Collage.png"), Scene::Beach,
