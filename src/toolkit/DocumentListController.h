@@ -89,6 +89,9 @@ protected:
 private:
     void apply(QList<DocumentListEntry> entries);
     void reportItemsChanged();
+    void syncSelectionToView();
+    void takeSelectionFromView();
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void showActionMenu(const QModelIndex& index, const QPoint& globalPos);
     QWidget* rowView(const QModelIndex& index);
     static DispatchQueuePtr readQueue();
@@ -96,6 +99,8 @@ private:
     Url presentedURL_;
     std::shared_ptr<DocumentListModel> model_;
     std::weak_ptr<DocumentListControllerDelegate> delegate_;
+    QList<Url> selected_;  // in display order
+    bool syncingSelection_ = false;
     bool editing_ = false;
     bool gridMode_ = false;
     bool loaded_ = false;

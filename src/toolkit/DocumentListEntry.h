@@ -12,6 +12,8 @@ struct DocumentListEntry {
     Url url;
     QString displayName;
     QString iconName;
+    // The icon of the item's kind, for when no icon has the precise name.
+    QString genericIconName;
     // Folders and app libraries (not packages): a tap enters them.
     bool isFolder = false;
     bool isAppLibrary = false;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "toolkit/ActivitySpinner.h"
+
 #include <QList>
 #include <QPointer>
 #include <QToolButton>
@@ -13,7 +15,6 @@ class QLabel;
 
 namespace vl {
 
-class ActivitySpinner;
 class BarButtonItem;
 class NavigationItem;
 class Toolbar;

@@ -69,6 +69,8 @@ protected:
     void loadView() override;
 
 private:
+    friend class ViewController;
+
     enum class Direction { Forward, Backward, Replace };
 
     void transition(const std::shared_ptr<ViewController>& from, Direction direction,

@@ -10,9 +10,10 @@ namespace vl {
 // for documents. Main thread only (icon loading is not thread-safe).
 class ToolkitIcons {
 public:
-    static QIcon icon(const QString& name);
+    // `fallbackName` is tried after `name` in the theme and among the bundled icons.
+    static QIcon icon(const QString& name, const QString& fallbackName = {});
     // A cloud-only variant: the icon drawn faded with a cloud mark.
-    static QIcon cloudOnlyIcon(const QString& name);
+    static QIcon cloudOnlyIcon(const QString& name, const QString& fallbackName = {});
     static bool hasBundledIcon(const QString& name);
 };
 

@@ -104,7 +104,6 @@ private:
     friend class PresentationOverlay;
 
     void setNavigationController(const std::shared_ptr<NavigationController>& controller);
-    void finishDismissal(Completion completion);
 
     QPointer<QWidget> view_;
     bool viewLoaded_ = false;

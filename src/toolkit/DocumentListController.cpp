@@ -1,0 +1,415 @@
+#include "toolkit/DocumentListController.h"
+
+#include "logging/VLLogging.h"
+#include "platform/CloudDocuments.h"
+#include "platform/Strings.h"
+#include "toolkit/DocumentListControllerDelegate.h"
+#include "toolkit/DocumentListModel.h"
+#include "toolkit/DocumentListReader.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QFileSystemWatcher>
+#include <QGestureEvent>
+#include <QItemSelectionModel>
+#include <QMenu>
+#include <QPalette>
+#include <QScroller>
+#include <QTapAndHoldGesture>
+#include <QVBoxLayout>
+
+#include <mutex>
+
+namespace vl {
+
+namespace {
+
+struct ActionTitle {
+    int action;
+    const char* key;
+};
+
+// The per-item actions in the order the menu offers them.
+constexpr ActionTitle kActionTitles[] = {
+    {DocumentListController::ActionsMenu, "Actions…"},
+    {DocumentListController::Details, "Details"},
+    {DocumentListController::Rename, "Rename Item…"},
+    {DocumentListController::Delete, "Delete"},
+};
+
+}  // namespace
+
+DispatchQueuePtr DocumentListController::readQueue() {
+    // One reader queue for every list, made again when a test installs another dispatcher.
+    static std::mutex mutex;
+    static Dispatcher* owner = nullptr;
+    static DispatchQueuePtr queue;
+    std::lock_guard lock(mutex);
+    Dispatcher* current = &Dispatch::dispatcher();
+    if (!queue || owner != current) {
+        owner = current;
+        queue = Dispatch::serialQueue(QStringLiteral("com.tessaly.VelloraApp.DocumentListReader"),
+                                      QualityOfService::UserInitiated);
+    }
+    return queue;
+}
+
+std::shared_ptr<DocumentListController> DocumentListController::create() {
+    if (!CloudDocuments::isInstalled()) {
+        return nullptr;
+    }
+    const std::optional<Url> root = CloudDocuments::shared().defaultContainerURL();
+    if (!root) {
+        return nullptr;
+    }
+    auto list =
+        std::make_shared<DocumentListController>(*root, DocumentListReader::titleForFolder(*root));
+    list->reloadData();
+    return list;
+}
+
+std::shared_ptr<DocumentListController> DocumentListController::createForURL(const Url& folder) {
+    if (!CloudDocuments::isInstalled() || !CloudDocuments::shared().ubiquityRootURL() ||
+        !CloudDocuments::shared().relativePathForURL(folder)) {
+        return nullptr;
+    }
+    auto list = std::make_shared<DocumentListController>(
+        Url::fromPath(folder.path(), true), DocumentListReader::titleForFolder(folder));
+    list->reloadData();
+    return list;
+}
+
+std::optional<QList<std::shared_ptr<DocumentListController>>>
+DocumentListController::hierarchyForURL(const Url& folder) {
+    if (!CloudDocuments::isInstalled()) {
+        return std::nullopt;
+    }
+    const std::optional<Url> root = CloudDocuments::shared().defaultContainerURL();
+    if (!root || !root->isAncestorOf(folder) || !QFileInfo(folder.path()).isDir()) {
+        return std::nullopt;
+    }
+    QList<std::shared_ptr<DocumentListController>> lists;
+    std::shared_ptr<DocumentListController> rootList = create();
+    if (!rootList) {
+        return std::nullopt;
+    }
+    lists.append(rootList);
+    const QString relative = QDir(root->path()).relativeFilePath(folder.path());
+    Url current = *root;
+    if (relative != QLatin1String(".")) {
+        for (const QString& component : relative.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+            current = current.appendingPathComponent(component, true);
+            std::shared_ptr<DocumentListController> list = createForURL(current);
+            if (!list) {
+                return std::nullopt;
+            }
+            lists.append(list);
+        }
+    }
+    return lists;
+}
+
+DocumentListController::DocumentListController(const Url& folder, const QString& title)
+    : presentedURL_(folder), model_(std::make_shared<DocumentListModel>()) {
+    setTitle(title);
+}
+
+DocumentListController::~DocumentListController() = default;
+
+QList<Url> DocumentListController::containedItems() const {
+    QList<Url> urls;
+    urls.reserve(model_->entries().size());
+    for (const DocumentListEntry& entry : model_->entries()) {
+        urls.append(entry.url);
+    }
+    return urls;
+}
+
+QList<Url> DocumentListController::selectedItems() const {
+    return selected_;
+}
+
+void DocumentListController::setSelectedItems(const QList<Url>& urls) {
+    QList<std::pair<int, Url>> rows;
+    for (const Url& url : urls) {
+        const int row = model_->rowForURL(url);
+        if (row >= 0 && std::none_of(rows.begin(), rows.end(),
+                                     [row](const auto& r) { return r.first == row; })) {
+            rows.append({row, url});
+        }
+    }
+    std::sort(rows.begin(), rows.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    QList<Url> selection;
+    for (const auto& row : rows) {
+        selection.append(model_->entryAt(row.first).url);
+    }
+    if (selection == selected_) {
+        return;
+    }
+    selected_ = selection;
+    syncSelectionToView();
+    reportItemsChanged();
+}
+
+void DocumentListController::setEditing(bool editing, bool /*animated*/) {
+    if (editing_ == editing) {
+        return;
+    }
+    editing_ = editing;
+    if (listView_) {
+        listView_->setSelectionMode(editing ? QAbstractItemView::MultiSelection
+                                            : QAbstractItemView::NoSelection);
+    }
+    if (!editing && !selected_.isEmpty()) {
+        selected_.clear();
+        syncSelectionToView();
+        reportItemsChanged();
+    }
+}
+
+void DocumentListController::setGridMode(bool grid) {
+    gridMode_ = grid;
+    if (!listView_) {
+        return;
+    }
+    if (grid) {
+        listView_->setViewMode(QListView::IconMode);
+        listView_->setIconSize(QSize(64, 64));
+        listView_->setGridSize(QSize(110, 110));
+        listView_->setWordWrap(true);
+    } else {
+        listView_->setViewMode(QListView::ListMode);
+        listView_->setIconSize(QSize(32, 32));
+        listView_->setGridSize(QSize());
+        listView_->setWordWrap(false);
+    }
+    listView_->setMovement(QListView::Static);
+    listView_->setResizeMode(QListView::Adjust);
+}
+
+void DocumentListController::reloadData() {
+    const quint64 generation = ++readGeneration_;
+    readPending_ = true;
+    std::weak_ptr<DocumentListController> weak = sharedAs<DocumentListController>();
+    const Url folder = presentedURL_;
+    readQueue()->async([weak, folder, generation] {
+        QList<DocumentListEntry> entries = DocumentListReader::readFolder(folder);
+        Dispatch::mainQueue()->async([weak, generation, entries = std::move(entries)]() mutable {
+            std::shared_ptr<DocumentListController> list = weak.lock();
+            // A newer read supersedes this one.
+            if (list && list->readGeneration_ == generation) {
+                list->apply(std::move(entries));
+            }
+        });
+    });
+}
+
+void DocumentListController::apply(QList<DocumentListEntry> entries) {
+    readPending_ = false;
+    const QList<Url> previousSelection = selected_;
+    model_->setEntries(std::move(entries));
+    selected_.clear();
+    for (const DocumentListEntry& entry : model_->entries()) {
+        if (previousSelection.contains(entry.url)) {
+            selected_.append(entry.url);
+        }
+    }
+    syncSelectionToView();
+    loaded_ = true;
+    reportItemsChanged();
+}
+
+void DocumentListController::reportItemsChanged() {
+    if (std::shared_ptr<DocumentListControllerDelegate> d = delegate()) {
+        d->documentListControllerItemsChanged(sharedAs<DocumentListController>());
+    }
+}
+
+void DocumentListController::syncSelectionToView() {
+    if (!listView_) {
+        return;
+    }
+    syncingSelection_ = true;
+    QItemSelection selection;
+    for (const Url& url : selected_) {
+        const QModelIndex index = model_->index(model_->rowForURL(url));
+        selection.select(index, index);
+    }
+    listView_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    syncingSelection_ = false;
+}
+
+void DocumentListController::takeSelectionFromView() {
+    if (syncingSelection_ || !listView_) {
+        return;
+    }
+    QModelIndexList indexes = listView_->selectionModel()->selectedIndexes();
+    std::sort(indexes.begin(), indexes.end(),
+              [](const QModelIndex& a, const QModelIndex& b) { return a.row() < b.row(); });
+    QList<Url> selection;
+    for (const QModelIndex& index : indexes) {
+        selection.append(model_->entryAt(index.row()).url);
+    }
+    if (selection != selected_) {
+        selected_ = selection;
+        reportItemsChanged();
+    }
+}
+
+bool DocumentListController::tapItemAtURL(const Url& url) {
+    const int row = model_->rowForURL(url);
+    if (row < 0) {
+        return false;
+    }
+    const DocumentListEntry entry = model_->entryAt(row);
+    std::shared_ptr<DocumentListController> self = sharedAs<DocumentListController>();
+    if (editing_) {
+        QList<Url> selection = selected_;
+        if (!selection.removeOne(entry.url)) {
+            selection.append(entry.url);
+        }
+        setSelectedItems(selection);
+        return true;
+    }
+    std::shared_ptr<DocumentListControllerDelegate> d = delegate();
+    if (!d) {
+        return true;
+    }
+    if (entry.isFolder) {
+        std::shared_ptr<DocumentListController> list = createForURL(entry.url);
+        if (!list) {
+            VLLOG(3, "No folder list for %@", entry.url);
+            return true;
+        }
+        d->documentListControllerDidSelectContainerWithViewController(self, list);
+    } else {
+        d->documentListControllerDidSelectItemAtURL(self, entry.url);
+    }
+    return true;
+}
+
+bool DocumentListController::requestAction(int action, const Url& url) {
+    if (action < 0 || action > 31 || !(availableActions_ & (1u << action))) {
+        return false;
+    }
+    const int row = model_->rowForURL(url);
+    if (row < 0) {
+        return false;
+    }
+    std::shared_ptr<DocumentListController> self = sharedAs<DocumentListController>();
+    if (std::shared_ptr<DocumentListControllerDelegate> d = delegate()) {
+        d->documentListControllerPerformActionURLOriginatingViewCompletion(
+            self, action, url, rowView(model_->index(row)), [] {});
+    }
+    return true;
+}
+
+QWidget* DocumentListController::rowView(const QModelIndex& index) {
+    view();
+    // A transparent stand-in over the row: what an action shows can anchor to it.
+    if (!anchor_) {
+        anchor_ = new QWidget(listView_->viewport());
+        anchor_->setObjectName(QStringLiteral("rowAnchor"));
+        anchor_->setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+    anchor_->setGeometry(listView_->visualRect(index));
+    return anchor_;
+}
+
+void DocumentListController::showActionMenu(const QModelIndex& index, const QPoint& globalPos) {
+    if (!index.isValid()) {
+        return;
+    }
+    const Url url = model_->entryAt(index.row()).url;
+    auto* menu = new QMenu(listView_);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (const ActionTitle& entry : kActionTitles) {
+        if (!(availableActions_ & (1u << entry.action))) {
+            continue;
+        }
+        QAction* item = menu->addAction(Strings::localized(entry.key));
+        const int action = entry.action;
+        std::weak_ptr<DocumentListController> weak = sharedAs<DocumentListController>();
+        connect(item, &QAction::triggered, this, [weak, action, url] {
+            if (std::shared_ptr<DocumentListController> list = weak.lock()) {
+                list->requestAction(action, url);
+            }
+        });
+    }
+    if (menu->isEmpty()) {
+        delete menu;
+        return;
+    }
+    menu->popup(globalPos);
+}
+
+void DocumentListController::loadView() {
+    auto* view = new QWidget;
+    view->setAutoFillBackground(true);
+    QPalette palette = view->palette();
+    palette.setColor(QPalette::Window, Qt::white);
+    view->setPalette(palette);
+    auto* layout = new QVBoxLayout(view);
+    layout->setContentsMargins(0, 0, 0, 0);
+
+    listView_ = new QListView(view);
+    listView_->setObjectName(QStringLiteral("documentList"));
+    listView_->setModel(model_.get());
+    listView_->setFrameShape(QFrame::NoFrame);
+    listView_->setUniformItemSizes(true);
+    listView_->setSpacing(2);
+    listView_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    listView_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    listView_->setSelectionMode(editing_ ? QAbstractItemView::MultiSelection
+                                         : QAbstractItemView::NoSelection);
+    listView_->setContextMenuPolicy(Qt::CustomContextMenu);
+    layout->addWidget(listView_);
+    setView(view);
+    setGridMode(gridMode_);
+
+    QScroller::grabGesture(listView_->viewport(), QScroller::TouchGesture);
+    listView_->viewport()->grabGesture(Qt::TapAndHoldGesture);
+    listView_->viewport()->installEventFilter(this);
+
+    connect(listView_, &QListView::clicked, this, [this](const QModelIndex& index) {
+        if (!editing_ && index.isValid()) {
+            tapItemAtURL(model_->entryAt(index.row()).url);
+        }
+    });
+    connect(listView_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { takeSelectionFromView(); });
+    connect(listView_, &QListView::customContextMenuRequested, this, [this](const QPoint& pos) {
+        showActionMenu(listView_->indexAt(pos), listView_->viewport()->mapToGlobal(pos));
+    });
+    connect(model_.get(), &QAbstractItemModel::modelReset, this, [this] { syncSelectionToView(); });
+
+    watcher_ = new QFileSystemWatcher(this);
+    watcher_->addPath(presentedURL_.path());
+    connect(watcher_, &QFileSystemWatcher::directoryChanged, this, [this] { reloadData(); });
+
+    syncSelectionToView();
+    if (!loaded_ && !readPending_) {
+        reloadData();
+    }
+}
+
+bool DocumentListController::eventFilter(QObject* watched, QEvent* event) {
+    if (listView_ && watched == listView_->viewport() && event->type() == QEvent::Gesture) {
+        auto* gestures = static_cast<QGestureEvent*>(event);
+        if (auto* hold = static_cast<QTapAndHoldGesture*>(gestures->gesture(Qt::TapAndHoldGesture));
+            hold && hold->state() == Qt::GestureFinished) {
+            const QPoint local = listView_->viewport()->mapFromGlobal(hold->position().toPoint());
+            // A hold that turned into a scroll is not a long press.
+            QScroller* scroller = QScroller::scroller(listView_->viewport());
+            if (scroller->state() == QScroller::Inactive) {
+                showActionMenu(listView_->indexAt(local), hold->position().toPoint());
+            }
+            gestures->accept(hold);
+            return true;
+        }
+    }
+    return ViewController::eventFilter(watched, event);
+}
+
+}  // namespace vl

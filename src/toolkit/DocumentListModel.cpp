@@ -1,0 +1,47 @@
+#include "toolkit/DocumentListModel.h"
+
+#include "toolkit/ToolkitIcons.h"
+
+namespace vl {
+
+int DocumentListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : int(entries_.size());
+}
+
+QVariant DocumentListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= entries_.size()) {
+        return {};
+    }
+    const DocumentListEntry& entry = entries_.at(index.row());
+    switch (role) {
+        case Qt::DisplayRole:
+        case Qt::AccessibleTextRole:
+            return entry.displayName;
+        case Qt::DecorationRole:
+            // Icons are made here, on the main thread, and cached by name.
+            return entry.isCloudOnly
+                       ? ToolkitIcons::cloudOnlyIcon(entry.iconName, entry.genericIconName)
+                       : ToolkitIcons::icon(entry.iconName, entry.genericIconName);
+        case UrlRole:
+            return entry.url.toQUrl();
+        default:
+            return {};
+    }
+}
+
+void DocumentListModel::setEntries(QList<DocumentListEntry> entries) {
+    beginResetModel();
+    entries_ = std::move(entries);
+    rows_.clear();
+    rows_.reserve(entries_.size());
+    for (qsizetype row = 0; row < entries_.size(); ++row) {
+        rows_.insert(entries_.at(row).url, int(row));
+    }
+    endResetModel();
+}
+
+int DocumentListModel::rowForURL(const Url& url) const {
+    return rows_.value(url, -1);
+}
+
+}  // namespace vl

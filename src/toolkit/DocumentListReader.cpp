@@ -1,0 +1,130 @@
+#include "toolkit/DocumentListReader.h"
+
+#include "platform/CloudDocuments.h"
+#include "platform/ContentTypeRegistry.h"
+
+#include <QCollator>
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+
+#include <algorithm>
+
+namespace vl {
+
+namespace {
+
+constexpr ItemAttributeKeys kRowKeys = ItemAttributeKey::LocalizedName |
+                                       ItemAttributeKey::ContentType |
+                                       ItemAttributeKey::IsDirectory | ItemAttributeKey::IsPackage;
+
+QHash<Url, QString> appLibraryNames(CloudDocuments& documents) {
+    QHash<Url, QString> names;
+    for (const CloudContainer& container : documents.containers()) {
+        if (!container.isDefault() && container.documentsURL()) {
+            names.insert(*container.documentsURL(), container.localizedName());
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+QString DocumentListReader::iconNameForContentType(const QString& contentType) {
+    if (contentType == ContentTypeRegistry::Folder) {
+        return QStringLiteral("folder");
+    }
+    return ContentTypeRegistry::shared().iconName(contentType);
+}
+
+QList<DocumentListEntry> DocumentListReader::readFolder(const Url& folder) {
+    QList<DocumentListEntry> entries;
+    if (!CloudDocuments::isInstalled() || folder.isEmpty()) {
+        return entries;
+    }
+    CloudDocuments& documents = CloudDocuments::shared();
+    ContentTypeRegistry& types = ContentTypeRegistry::shared();
+    const QHash<Url, QString> libraries = appLibraryNames(documents);
+    const QFileInfoList infos =
+        QDir(folder.path())
+            .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                           QDir::Unsorted);
+    for (const QFileInfo& info : infos) {
+        Url url = Url::fromPath(info.filePath(), info.isDir());
+        bool cloudOnly = false;
+        if (info.fileName().startsWith(QLatin1Char('.'))) {
+            // Hidden names are never items, except the placeholders of cloud-only items, which
+            // stand for the item at their logical URL.
+            if (!documents.hasItemPromiseAtURL(url)) {
+                continue;
+            }
+            std::optional<Url> logical = documents.promisedItemLogicalURL(url, nullptr);
+            if (!logical || QFileInfo::exists(logical->path())) {
+                continue;
+            }
+            url = *logical;
+            cloudOnly = true;
+        }
+        DocumentListEntry entry;
+        entry.url = url;
+        entry.isCloudOnly = cloudOnly;
+        const std::optional<ItemAttributes> attributes =
+            documents.promisedItemResourceValues(url, kRowKeys, nullptr);
+        entry.displayName = attributes && attributes->localizedName ? *attributes->localizedName
+                                                                    : url.lastPathComponent();
+        const bool isDirectory =
+            attributes && attributes->isDirectory ? *attributes->isDirectory : info.isDir();
+        const bool isPackage = attributes && attributes->isPackage && *attributes->isPackage;
+        if (auto library = libraries.constFind(url); library != libraries.constEnd()) {
+            entry.displayName = *library;
+            entry.isAppLibrary = true;
+            entry.isFolder = true;
+            entry.iconName = QStringLiteral("folder-remote");
+            entry.genericIconName = QStringLiteral("folder");
+        } else if (isDirectory && !isPackage) {
+            entry.isFolder = true;
+            entry.iconName = QStringLiteral("folder");
+        } else {
+            const QString type =
+                attributes && attributes->contentType
+                    ? *attributes->contentType
+                    : types.identifierForFileName(url.lastPathComponent(), isDirectory);
+            entry.iconName = iconNameForContentType(type);
+            entry.genericIconName = types.genericIconName(type);
+        }
+        entries.append(std::move(entry));
+    }
+    QCollator collator;
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::sort(entries.begin(), entries.end(),
+              [&collator](const DocumentListEntry& a, const DocumentListEntry& b) {
+                  const int order = collator.compare(a.displayName, b.displayName);
+                  return order != 0 ? order < 0 : a.url < b.url;
+              });
+    return entries;
+}
+
+QString DocumentListReader::titleForFolder(const Url& folder) {
+    if (!CloudDocuments::isInstalled()) {
+        return folder.lastPathComponent();
+    }
+    CloudDocuments& documents = CloudDocuments::shared();
+    if (documents.defaultContainerURL() == folder) {
+        const QString name = documents.defaultContainerLocalizedName();
+        if (!name.isEmpty()) {
+            return name;
+        }
+    }
+    for (const CloudContainer& container : documents.containers()) {
+        if (container.documentsURL() == folder && !container.localizedName().isEmpty()) {
+            return container.localizedName();
+        }
+    }
+    const std::optional<ItemAttributes> attributes =
+        documents.promisedItemResourceValues(folder, ItemAttributeKey::LocalizedName, nullptr);
+    return attributes && attributes->localizedName ? *attributes->localizedName
+                                                   : folder.lastPathComponent();
+}
+
+}  // namespace vl
