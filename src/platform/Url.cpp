@@ -82,6 +82,14 @@ Url Url::appendingPathComponent(const QString& name, bool isDirectory) const {
         return {};
     }
     const QString base = path_ == QLatin1String("/") ? QString() : path_;
+    if (!name.isEmpty() && !name.contains(QLatin1Char('/')) && name != QLatin1String(".") &&
+        name != QLatin1String("..")) {
+        // A plain name keeps the path clean: no need to normalise it again.
+        Url url;
+        url.path_ = base + QLatin1Char('/') + name;
+        url.isDirectory_ = isDirectory;
+        return url;
+    }
     return fromPath(base + QLatin1Char('/') + name, isDirectory);
 }
 
@@ -90,7 +98,10 @@ Url Url::deletingLastPathComponent() const {
         return *this;
     }
     const qsizetype slash = path_.lastIndexOf(QLatin1Char('/'));
-    return fromPath(slash <= 0 ? QStringLiteral("/") : path_.left(slash), true);
+    Url url;
+    url.path_ = slash <= 0 ? QStringLiteral("/") : path_.left(slash);
+    url.isDirectory_ = true;
+    return url;
 }
 
 bool Url::isAncestorOf(const Url& other) const {
