@@ -17,18 +17,23 @@
 #include <QThread>
 
 #include <mutex>
+#include <string>
+#include <vector>
 
 namespace vl::test {
 
-// A presenter that writes down what it hears, where it heard it and on which thread.
+// A presenter that writes down what it hears, where it heard it and on which thread. Its state
+// is kept in std::string so that nothing implicitly shared by Qt crosses threads: Qt's own
+// reference counting is not visible to ThreadSanitizer.
 class RecordingPresenter : public FilePresenter {
 public:
     explicit RecordingPresenter(Url url)
-        : url_(std::move(url)), queue_(Dispatch::serialQueue(QStringLiteral("test.presenter"))) {}
+        : url_(url.path().toStdString()),
+          queue_(Dispatch::serialQueue(QStringLiteral("test.presenter"))) {}
 
     std::optional<Url> presentedItemURL() const override {
         std::lock_guard lock(mutex_);
-        return url_;
+        return Url::fromPath(QString::fromStdString(url_));
     }
     DispatchQueuePtr presentedItemOperationQueue() const override { return queue_; }
 
@@ -36,7 +41,7 @@ public:
     void presentedItemDidMoveToURL(const Url& newURL) override {
         {
             std::lock_guard lock(mutex_);
-            url_ = newURL;
+            url_ = newURL.path().toStdString();
         }
         note(QStringLiteral("move ") + newURL.path());
     }
@@ -62,7 +67,11 @@ public:
     QStringList events() const {
         queue_->sync([] {});
         std::lock_guard lock(mutex_);
-        return events_;
+        QStringList result;
+        for (const std::string& event : events_) {
+            result.append(QString::fromStdString(event));
+        }
+        return result;
     }
     bool allOnOwnQueueOffMainThread() const {
         queue_->sync([] {});
@@ -75,14 +84,14 @@ private:
         const bool ok = queue_->isCurrent() &&
                         QThread::currentThread() != QCoreApplication::instance()->thread();
         std::lock_guard lock(mutex_);
-        events_.append(event);
+        events_.push_back(event.toStdString());
         placesOK_ = placesOK_ && ok;
     }
 
     mutable std::mutex mutex_;
-    Url url_;               // guarded by mutex_
-    QStringList events_;    // guarded by mutex_
-    bool placesOK_ = true;  // guarded by mutex_
+    std::string url_;                  // guarded by mutex_
+    std::vector<std::string> events_;  // guarded by mutex_
+    bool placesOK_ = true;             // guarded by mutex_
     DispatchQueuePtr queue_;
 };
 
