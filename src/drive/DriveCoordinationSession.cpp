@@ -26,6 +26,14 @@ bool itemExists(const Url& url) {
     return lstatPath(url.path(), &st) || lstatPath(DriveHome::placeholderPathFor(url.path()), &st);
 }
 
+// Presenters know items by their logical URLs, also when a write was asked for a placeholder.
+Url logicalURL(const Url& url) {
+    if (const auto name = DriveHome::logicalNameOfPlaceholder(url.lastPathComponent())) {
+        return url.deletingLastPathComponent().appendingPathComponent(*name);
+    }
+    return url;
+}
+
 bool pathExists(const QString& path) {
     struct stat st;
     return lstatPath(path, &st);
@@ -216,6 +224,7 @@ void DriveCoordinationSession::finishWrite(const std::vector<Snapshot>& before, 
             VLLOG(4, "Cannot mirror the change of %@ to the cloud: %@", was.url, *mirrorError);
         }
         if (change) {
+            change->url = logicalURL(change->url);
             backend_->presenters().deliver(*change, filePresenter_);
         }
     }
@@ -231,7 +240,8 @@ void DriveCoordinationSession::applyMove(const Url& from, const Url& to) {
             VLLOG(4, "Cannot mirror the move of %@ to the cloud: %@", from, *error);
         }
     }
-    backend_->presenters().deliver(DriveChange::moved(from, to), filePresenter_);
+    backend_->presenters().deliver(DriveChange::moved(logicalURL(from), logicalURL(to)),
+                                   filePresenter_);
 }
 
 void DriveCoordinationSession::itemAtURLWillMoveToURL(const Url& oldURL, const Url& newURL) {
