@@ -101,14 +101,6 @@ TEST_F(VLItemTest, ValuesFollowTheRulesOfTheModel) {
     EXPECT_TRUE(fromValues(status)->isDownloaded());
 }
 
-TEST_F(VLItemTest, SharedParticipantItemInTheDriveIsNotRenameable) {
-    const Url url = import(QStringLiteral("Theirs.txt"), "t", false);
-    ASSERT_FALSE(store_->setSharedRole(url, PlaceholderFile::RoleParticipant));
-    EXPECT_FALSE(VLItem::initWithURL(url)->renameable());
-    ASSERT_FALSE(store_->setSharedRole(url, PlaceholderFile::RoleOwner));
-    EXPECT_TRUE(VLItem::initWithURL(url)->renameable());
-}
-
 TEST_F(VLItemTest, AppLibraryShowsItsContainersName) {
     addContainer(QStringLiteral("com.example.Editor"), QStringLiteral("Editor"),
                  QStringLiteral("EditorFolder"));
