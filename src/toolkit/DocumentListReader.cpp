@@ -3,7 +3,6 @@
 #include "platform/CloudDocuments.h"
 #include "platform/ContentTypeRegistry.h"
 
-#include <QCollator>
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
@@ -26,6 +25,49 @@ QHash<Url, QString> appLibraryNames(CloudDocuments& documents) {
         }
     }
     return names;
+}
+
+// Name order as people expect it: runs of digits compare by value ("report 9" before
+// "Report 10"), the text between them without regard to case, in the locale's order. Written out
+// because QCollator's numeric mode does nothing under the C and POSIX locales.
+int compareNames(const QString& a, const QString& b) {
+    qsizetype i = 0, j = 0;
+    while (i < a.size() && j < b.size()) {
+        const bool digitA = a.at(i).isDigit(), digitB = b.at(j).isDigit();
+        qsizetype endA = i, endB = j;
+        while (endA < a.size() && a.at(endA).isDigit() == digitA) {
+            ++endA;
+        }
+        while (endB < b.size() && b.at(endB).isDigit() == digitB) {
+            ++endB;
+        }
+        int order = 0;
+        if (digitA && digitB) {
+            QStringView runA = QStringView(a).sliced(i, endA - i);
+            QStringView runB = QStringView(b).sliced(j, endB - j);
+            while (runA.size() > 1 && runA.front() == QLatin1Char('0')) {
+                runA = runA.sliced(1);
+            }
+            while (runB.size() > 1 && runB.front() == QLatin1Char('0')) {
+                runB = runB.sliced(1);
+            }
+            order = runA.size() != runB.size() ? (runA.size() < runB.size() ? -1 : 1)
+                                               : runA.compare(runB);
+        } else {
+            const QString runA = a.mid(i, endA - i).toCaseFolded();
+            const QString runB = b.mid(j, endB - j).toCaseFolded();
+            order = QString::localeAwareCompare(runA, runB);
+            if (order == 0) {
+                order = runA.compare(runB);
+            }
+        }
+        if (order != 0) {
+            return order;
+        }
+        i = endA;
+        j = endB;
+    }
+    return (a.size() - i) < (b.size() - j) ? -1 : ((a.size() - i) > (b.size() - j) ? 1 : 0);
 }
 
 }  // namespace
@@ -94,12 +136,9 @@ QList<DocumentListEntry> DocumentListReader::readFolder(const Url& folder) {
         }
         entries.append(std::move(entry));
     }
-    QCollator collator;
-    collator.setNumericMode(true);
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
     std::sort(entries.begin(), entries.end(),
-              [&collator](const DocumentListEntry& a, const DocumentListEntry& b) {
-                  const int order = collator.compare(a.displayName, b.displayName);
+              [](const DocumentListEntry& a, const DocumentListEntry& b) {
+                  const int order = compareNames(a.displayName, b.displayName);
                   return order != 0 ? order < 0 : a.url < b.url;
               });
     return entries;

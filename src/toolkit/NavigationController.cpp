@@ -179,6 +179,9 @@ void NavigationController::transition(const std::shared_ptr<ViewController>& fro
         return;
     }
     const bool changed = from != to;
+    if (to) {
+        to->loadViewIfNeeded();
+    }
     if (changed && from) {
         from->viewWillDisappear(animated);
     }

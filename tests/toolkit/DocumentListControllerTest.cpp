@@ -1,0 +1,207 @@
+#include "drive/DriveService.h"
+#include "platform/CloudAccount.h"
+#include "platform/CloudDocuments.h"
+#include "platform/KeyValueStore.h"
+#include "platform/VirtualDispatcher.h"
+#include "toolkit/DocumentListController.h"
+#include "toolkit/DocumentListControllerDelegate.h"
+#include "toolkit/DocumentListModel.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace vl;
+
+namespace {
+
+class ListRecorder : public DocumentListControllerDelegate {
+public:
+    int changes = 0;
+    std::shared_ptr<DocumentListController> newList;
+    Url selectedURL;
+    QList<std::pair<int, Url>> actions;
+    void documentListControllerItemsChanged(
+        const std::shared_ptr<DocumentListController>&) override {
+        ++changes;
+    }
+    void documentListControllerDidSelectContainerWithViewController(
+        const std::shared_ptr<DocumentListController>&,
+        const std::shared_ptr<DocumentListController>& list) override {
+        newList = list;
+    }
+    void documentListControllerDidSelectItemAtURL(const std::shared_ptr<DocumentListController>&,
+                                                  const Url& url) override {
+        selectedURL = url;
+    }
+    void documentListControllerPerformActionURLOriginatingViewCompletion(
+        const std::shared_ptr<DocumentListController>&, int action, const Url& url,
+        QWidget* originatingView, std::function<void()> completion) override {
+        EXPECT_NE(originatingView, nullptr);
+        EXPECT_TRUE(completion);
+        actions.append({action, url});
+    }
+    void documentListControllerPerformActionURL(const std::shared_ptr<DocumentListController>&,
+                                                int action, const Url& url) override {
+        actions.append({action, url});
+    }
+};
+
+// A drive home on a temporary directory: two local files, a folder, a cloud-only document and
+// one app library.
+class DocumentListControllerTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(dir.isValid());
+        const QString home = dir.path() + QStringLiteral("/home");
+        DriveStore store{DriveHome(home)};
+        ASSERT_FALSE(store.prepare());
+        AccountRecord account;
+        account.account = QStringLiteral("ada@example.com");
+        account.identity = AccountRecord::makeIdentity();
+        ASSERT_FALSE(store.writeAccount(account));
+        ContainerRecord editor;
+        editor.identifier = QStringLiteral("com.example.Editor");
+        editor.localizedName = QStringLiteral("Editor");
+        editor.folder = QStringLiteral("com~example~Editor");
+        ASSERT_FALSE(store.addContainer(editor));
+        write(dir.path() + QStringLiteral("/src/Report 10.txt"));
+        ASSERT_FALSE(store.importItem(dir.path() + QStringLiteral("/src/Report 10.txt"),
+                                      QStringLiteral("Report 10.txt"), false));
+        ASSERT_FALSE(store.importItem(dir.path() + QStringLiteral("/src/Report 10.txt"),
+                                      QStringLiteral("report 9.txt"), false));
+        ASSERT_FALSE(store.importItem(dir.path() + QStringLiteral("/src/Report 10.txt"),
+                                      QStringLiteral("Cloud.txt"), true));
+        root = store.driveRootURL();
+        ASSERT_TRUE(QDir(root.path()).mkpath(QStringLiteral("Work/Letters")));
+        service = DriveService::install(home);
+    }
+    void TearDown() override {
+        CloudDocuments::setShared(nullptr);
+        CloudAccount::setShared(nullptr);
+        KeyValueStore::setShared(nullptr);
+    }
+    static void write(const QString& path) {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("hello");
+    }
+    std::shared_ptr<DocumentListController> loadedRootList() {
+        auto list = DocumentListController::create();
+        if (list) {
+            list->setDelegate(recorder);
+            dispatch->runUntilIdle();
+        }
+        return list;
+    }
+    QStringList names(const std::shared_ptr<DocumentListController>& list) {
+        list->loadViewIfNeeded();
+        QStringList shown;
+        for (int row = 0; row < list->listView()->model()->rowCount(); ++row) {
+            shown << list->listView()->model()->index(row, 0).data().toString();
+        }
+        return shown;
+    }
+
+    VirtualDispatcher::Installation dispatch;
+    QTemporaryDir dir;
+    Url root;
+    std::shared_ptr<DriveService> service;
+    std::shared_ptr<ListRecorder> recorder = std::make_shared<ListRecorder>();
+};
+
+TEST_F(DocumentListControllerTest, RootListShowsTheDriveWithAppLibrariesByName) {
+    auto list = DocumentListController::create();
+    ASSERT_NE(list, nullptr);
+    list->setDelegate(recorder);
+    EXPECT_TRUE(list->containedItems().isEmpty()) << "read on the background queue";
+    dispatch->runUntilIdle();
+    EXPECT_TRUE(list->hasLoaded());
+    EXPECT_EQ(recorder->changes, 1);
+    EXPECT_EQ(list->title(), QStringLiteral("Vellora Drive"));
+    EXPECT_EQ(list->presentedURL(), root);
+    // Sorted as people sort: numbers by value, case ignored; placeholders by their item's name.
+    EXPECT_EQ(names(list),
+              (QStringList{"Cloud.txt", "Editor", "report 9.txt", "Report 10.txt", "Work"}));
+    EXPECT_EQ(list->containedItems().first(), root.appendingPathComponent("Cloud.txt"));
+    EXPECT_EQ(list->containedItems().at(1), root.appendingPathComponent("com~example~Editor"));
+    const QModelIndex first = list->listView()->model()->index(0, 0);
+    EXPECT_FALSE(first.data(Qt::DecorationRole).value<QIcon>().isNull());
+}
+
+TEST_F(DocumentListControllerTest, TapsEnterFoldersOrReportDocuments) {
+    auto list = loadedRootList();
+    ASSERT_NE(list, nullptr);
+    const Url work = root.appendingPathComponent("Work", true);
+    ASSERT_TRUE(list->tapItemAtURL(work));
+    ASSERT_NE(recorder->newList, nullptr);
+    EXPECT_EQ(recorder->newList->presentedURL(), work);
+    EXPECT_EQ(recorder->newList->title(), QStringLiteral("Work"));
+    dispatch->runUntilIdle();
+    EXPECT_EQ(recorder->newList->containedItems(),
+              QList<Url>{work.appendingPathComponent("Letters")});
+
+    const Url cloud = root.appendingPathComponent("Cloud.txt");
+    EXPECT_TRUE(list->tapItemAtURL(cloud));
+    EXPECT_EQ(recorder->selectedURL, cloud);
+    EXPECT_FALSE(list->tapItemAtURL(root.appendingPathComponent("Missing.txt")));
+}
+
+TEST_F(DocumentListControllerTest, EditingSelectsAndReportsEachChange) {
+    auto list = loadedRootList();
+    ASSERT_NE(list, nullptr);
+    const QList<Url> items = list->containedItems();
+    list->setEditing(true, true);
+    const int before = recorder->changes;
+    list->tapItemAtURL(items.at(3));
+    list->tapItemAtURL(items.at(0));
+    EXPECT_EQ(list->selectedItems(), (QList<Url>{items.at(0), items.at(3)})) << "display order";
+    EXPECT_EQ(recorder->changes, before + 2);
+    EXPECT_TRUE(recorder->selectedURL.isEmpty()) << "no item opens while editing";
+    list->tapItemAtURL(items.at(3));
+    EXPECT_EQ(list->selectedItems(), QList<Url>{items.at(0)});
+
+    list->setSelectedItems({items.at(4), root.appendingPathComponent("Missing")});
+    EXPECT_EQ(list->selectedItems(), QList<Url>{items.at(4)});
+    list->loadViewIfNeeded();
+    EXPECT_EQ(list->listView()->selectionModel()->selectedIndexes().size(), 1);
+    list->setEditing(false, true);
+    EXPECT_TRUE(list->selectedItems().isEmpty());
+}
+
+TEST_F(DocumentListControllerTest, PerItemActionsFollowTheAvailableMask) {
+    auto list = loadedRootList();
+    ASSERT_NE(list, nullptr);
+    const Url item = list->containedItems().first();
+    list->setAvailableActions(11);  // delete, actions menu, rename
+    EXPECT_TRUE(list->requestAction(DocumentListController::Rename, item));
+    EXPECT_FALSE(list->requestAction(DocumentListController::Details, item));
+    EXPECT_TRUE(list->requestAction(DocumentListController::Delete, item));
+    EXPECT_EQ(recorder->actions,
+              (QList<std::pair<int, Url>>{{DocumentListController::Rename, item},
+                                          {DocumentListController::Delete, item}}));
+}
+
+TEST_F(DocumentListControllerTest, HierarchyRunsFromTheRootDownToTheFolder) {
+    const Url letters =
+        root.appendingPathComponent("Work", true).appendingPathComponent("Letters", true);
+    auto chain = DocumentListController::hierarchyForURL(letters);
+    ASSERT_TRUE(chain);
+    ASSERT_EQ(chain->size(), 3);
+    EXPECT_EQ(chain->at(0)->presentedURL(), root);
+    EXPECT_EQ(chain->at(2)->presentedURL(), letters);
+    EXPECT_EQ(DocumentListController::hierarchyForURL(root)->size(), 1);
+    EXPECT_FALSE(DocumentListController::hierarchyForURL(Url::fromPath(dir.path())));
+    EXPECT_FALSE(DocumentListController::hierarchyForURL(root.appendingPathComponent("Nope")));
+}
+
+TEST_F(DocumentListControllerTest, NoListWhileSignedOut) {
+    ASSERT_FALSE(service->store()->removeAccount());
+    EXPECT_EQ(DocumentListController::create(), nullptr);
+    EXPECT_EQ(DocumentListController::createForURL(root.appendingPathComponent("Work")), nullptr);
+}
+
+}  // namespace
