@@ -364,6 +364,8 @@ void DocumentListController::loadView() {
     listView_->setSelectionMode(editing_ ? QAbstractItemView::MultiSelection
                                          : QAbstractItemView::NoSelection);
     listView_->setContextMenuPolicy(Qt::CustomContextMenu);
+    // Taps, not a keyboard cursor, drive the list: no focus frame on a "current" row.
+    listView_->setFocusPolicy(Qt::NoFocus);
     layout->addWidget(listView_);
     setView(view);
     setGridMode(gridMode_);
