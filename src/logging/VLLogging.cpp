@@ -1,5 +1,6 @@
 #include "logging/VLLogging.h"
 
+#include "logging/LogRecordBuffer.h"
 #include "logging/VLSLSClient.h"
 #include "platform/Dispatch.h"
 #include "platform/SystemLogService.h"
@@ -52,8 +53,9 @@ QString sourceFileName(const char* file) {
     return QString::fromUtf8(slash ? slash + 1 : file);
 }
 
-void buildAndSend(const char* file, const QString& function, unsigned line, const QString& facility,
-                  int level, const QString& message, const QString& thread) {
+void buildAndSend(const PendingLogRecord& pending) {
+    const QString& message = pending.message;
+    const int level = pending.level;
     if (SystemLogService::Message record = SystemLogService::newMessage()) {
         const ProcessIdentity& identity = processIdentity();
         struct timeval now = {};
@@ -76,17 +78,17 @@ void buildAndSend(const char* file, const QString& function, unsigned line, cons
         if (!message.isNull()) {
             SystemLogService::setValue(record, "Message", message);
         }
-        SystemLogService::setValue(record, "Source", sourceFileName(file));
-        if (line >= 1) {
-            SystemLogService::setValue(record, "Line", QString::number(line));
+        SystemLogService::setValue(record, "Source", sourceFileName(pending.file));
+        if (pending.line >= 1) {
+            SystemLogService::setValue(record, "Line", QString::number(pending.line));
         }
-        SystemLogService::setValue(record, "Function", function);
-        SystemLogService::setValue(record, "VLFacility", facility);
+        SystemLogService::setValue(record, "Function", pending.functionName());
+        SystemLogService::setValue(record, "VLFacility", pending.facility);
         if (VLLogIsEnabled(6)) {
             SystemLogService::setValue(record, "VLLogToFile", QStringLiteral("1"));
         }
-        if (!thread.isEmpty()) {
-            SystemLogService::setValue(record, "Thread", thread);
+        if (!pending.thread.isEmpty()) {
+            SystemLogService::setValue(record, "Thread", pending.thread);
         }
         SystemLogService::send(vl::VLSLSClient::SLSClient()->slsClient(), record);
         SystemLogService::release(record);
@@ -108,15 +110,27 @@ bool isEnabledSlow(int level) {
     return level <= clientLevel.load(std::memory_order_relaxed);
 }
 
+void submit(const char* file, const QString* staticFunction, const QString& function, unsigned line,
+            const QString& facility, int level, QString message) {
+    static LogRecordBuffer buffer(&buildAndSend);
+    PendingLogRecord record;
+    record.file = file;
+    record.staticFunction = staticFunction;
+    if (!staticFunction) {
+        record.function = function;
+    }
+    record.line = line;
+    record.facility = facility;
+    record.level = level;
+    record.message = std::move(message);
+    // The label is the caller's, so it is read here, before the hand-off.
+    record.thread = Dispatch::currentQueueLabel();
+    buffer.append(std::move(record));
+}
+
 void submit(const char* file, const QString& function, unsigned line, const QString& facility,
             int level, QString message) {
-    // The label is the caller's, so it is read here, before the hand-off.
-    QString thread = Dispatch::currentQueueLabel();
-    vl::VLSLSClient::SLSClient()->performLoggingBlock([file, function, line, facility, level,
-                                                       message = std::move(message),
-                                                       thread = std::move(thread)] {
-        buildAndSend(file, function, line, facility, level, message, thread);
-    });
+    submit(file, nullptr, function, line, facility, level, std::move(message));
 }
 
 QString bracketedFunctionName(const char* prettyFunction) {

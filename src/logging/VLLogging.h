@@ -22,6 +22,9 @@ inline std::atomic<int> clientLevel{INT_MAX};
 bool isEnabledSlow(int level);
 void submit(const char* file, const QString& function, unsigned line, const QString& facility,
             int level, QString message);
+// For call sites whose function name lives as long as the process (the macro's static).
+void submit(const char* file, const QString* staticFunction, const QString& function, unsigned line,
+            const QString& facility, int level, QString message);
 // "-[Class method]" for a member function, "+[Class method]" for a static one, the plain name
 // for a free function, from the compiler's pretty function name.
 QString bracketedFunctionName(const char* prettyFunction);
@@ -60,13 +63,13 @@ void VLLog(const char* file, const char* function, unsigned line, const QString&
 }
 
 // The function name is converted once per call site, and only once the level has passed.
-#define VLLOG(level, ...)                                                                   \
-    do {                                                                                    \
-        const int vlLogLevel_ = (level);                                                    \
-        if (VLLogIsEnabled(vlLogLevel_)) {                                                  \
-            static const QString vlLogFunction_ =                                           \
-                ::vl::logging::bracketedFunctionName(__PRETTY_FUNCTION__);                  \
-            ::vl::logging::submit(__FILE__, vlLogFunction_, __LINE__, QStringLiteral("VL"), \
-                                  vlLogLevel_, ::vl::format(__VA_ARGS__));                  \
-        }                                                                                   \
+#define VLLOG(level, ...)                                                                        \
+    do {                                                                                         \
+        const int vlLogLevel_ = (level);                                                         \
+        if (VLLogIsEnabled(vlLogLevel_)) {                                                       \
+            static const QString vlLogFunction_ =                                                \
+                ::vl::logging::bracketedFunctionName(__PRETTY_FUNCTION__);                       \
+            ::vl::logging::submit(__FILE__, &vlLogFunction_, vlLogFunction_, __LINE__,           \
+                                  QStringLiteral("VL"), vlLogLevel_, ::vl::format(__VA_ARGS__)); \
+        }                                                                                        \
     } while (0)
