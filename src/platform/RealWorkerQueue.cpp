@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <thread>
 
 namespace vl {
@@ -85,9 +86,15 @@ void RealWorkerQueue::prepareThread() const {
     pthread_setname_np(pthread_self(), name.constData());
 
     // Only ever lowering the priority: raising it needs privileges, and it is a hint anyway.
-    const int nice = niceValueFor(qos_, relativePriority_);
-    if (nice > 0) {
-        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), nice);
+    // The step is relative to the process's own nice value, so a niced process keeps its order.
+    const int step = niceValueFor(qos_, relativePriority_);
+    if (step > 0) {
+        const auto thread = static_cast<id_t>(gettid());
+        errno = 0;
+        const int current = getpriority(PRIO_PROCESS, thread);
+        if (errno == 0) {
+            setpriority(PRIO_PROCESS, thread, std::min(current + step, 19));
+        }
     }
 }
 
