@@ -1,0 +1,51 @@
+#include "app/AppDelegate.h"
+
+#include "browser/NavController.h"
+#include "services/NetworkWatcher.h"
+#include "toolkit/Window.h"
+
+namespace vl {
+
+AppDelegate::AppDelegate() = default;
+AppDelegate::~AppDelegate() = default;
+
+bool AppDelegate::applicationWillFinishLaunchingWithOptions(const QVariantMap&) {
+    NetworkWatcher::sharedNetworkWatcher().start();
+
+    rootWindow_ = std::make_unique<Window>(Window::mainScreenBounds());
+    // The window paints itself white.
+
+    const auto navigationController = std::make_shared<NavController>();
+    rootWindow_->setRootViewController(navigationController);
+    rootWindow_->rootViewController()->setRestorationIdentifier(QStringLiteral("Root"));
+    rootWindow_->makeKeyAndVisible();
+    return true;
+}
+
+bool AppDelegate::applicationDidFinishLaunchingWithOptions(const QVariantMap&) {
+    return true;
+}
+
+void AppDelegate::applicationWillResignActive() {
+    dumpWindowInfo();
+}
+
+void AppDelegate::dumpWindowInfo() {}
+
+bool AppDelegate::applicationShouldSaveApplicationState() {
+    return rootCheckNimbraState();
+}
+
+bool AppDelegate::applicationShouldRestoreApplicationState() {
+    return rootCheckNimbraState();
+}
+
+bool AppDelegate::rootCheckNimbraState() const {
+    if (!rootWindow_) {
+        return false;
+    }
+    const auto root = std::dynamic_pointer_cast<NavController>(rootWindow_->rootViewController());
+    return root && root->checkNimbraState();
+}
+
+}  // namespace vl

@@ -1,0 +1,43 @@
+#include "app/ApplicationMain.h"
+
+#include "app/AppDelegate.h"
+#include "drive/DriveHome.h"
+#include "drive/DriveService.h"
+#include "logging/VLSLSClient.h"
+#include "platform/ApplicationStateBridge.h"
+#include "platform/Dispatch.h"
+#include "platform/ManagedPreferencesWatcher.h"
+#include "platform/NotificationCenter.h"
+#include "platform/Preferences.h"
+#include "platform/Strings.h"
+
+#include <QApplication>
+
+namespace vl {
+
+int ApplicationMain::run(int argc, char** argv) {
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Vellora"));
+    QApplication::setDesktopFileName(QStringLiteral("com.tessaly.VelloraApp"));
+
+    Strings::install();
+    const std::shared_ptr<DriveService> drive = DriveService::install(DriveHome::defaultPath());
+    ApplicationStateBridge::install();
+    ManagedPreferencesWatcher managedPreferences(
+        {Preferences::standard().filePath(), VLSLSClient::markerFilePath()});
+
+    AppDelegate delegate;
+    const NotificationCenter::TokenPtr resignObserver =
+        NotificationCenter::defaultCenter().addObserver(
+            Notifications::ApplicationWillResignActive, Dispatch::mainQueue(),
+            [&delegate](const Notification&) { delegate.applicationWillResignActive(); });
+
+    delegate.applicationWillFinishLaunchingWithOptions({});
+    delegate.applicationDidFinishLaunchingWithOptions({});
+    const int status = QApplication::exec();
+
+    NotificationCenter::defaultCenter().removeObserver(resignObserver);
+    return status;
+}
+
+}  // namespace vl
