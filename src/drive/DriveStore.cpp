@@ -16,17 +16,29 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+#include <atomic>
 #include <cerrno>
+#include <ctime>
 
 namespace vl {
 
 namespace {
 
 constexpr const char* kTagsAttribute = "user.xdg.tags";
-constexpr const char* kSharedAttribute = "user.vellora.shared";
 constexpr const char* kTagsKey = "tags";
 constexpr const char* kSharedKey = "shared";
 constexpr int kReadUnknown = 256;
+// How long a read may trust the in-memory metadata record without looking at metadata.json.
+constexpr qint64 kMetadataRecheckNs = 50'000'000;
+// Bumped by every metadata.json write in this process, so that other stores of the same home
+// in this process look again at once.
+std::atomic<quint64> metadataWrites{0};
+
+qint64 coarseNow() {
+    struct timespec now;
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
 
 QByteArray nativePath(const QString& path) {
     return QFile::encodeName(path);
@@ -147,11 +159,14 @@ QStringList splitTags(const QString& value) {
 
 }  // namespace
 
-// The fallback record of tags and sharing, keyed by drive-relative path, mirrored from
-// metadata.json whenever that file's modification time changes (another process wrote it).
+// The record of local items' sharing (and of tags where user xattrs are refused), keyed by
+// drive-relative path, mirrored from metadata.json whenever that file's modification time
+// changes (another process wrote it).
 struct DriveStore::Metadata {
     QJsonObject entries;
     qint64 loadedStamp = -1;  // metadata.json's mtime in ns when read; -1 = never, -2 = missing
+    qint64 checkedAt = 0;     // coarse monotonic ns of the last look at metadata.json
+    quint64 writesSeen = 0;   // metadataWrites at that look
 };
 
 // Caches of what is dear to compute per item and rarely changes. Guarded by `mutex`.
@@ -631,7 +646,7 @@ std::optional<ItemAttributes> DriveStore::localItemAttributes(const Url& url,
     }
     const bool inDrive = relativePath(url).has_value();
     if (inDrive && (keys & (ItemAttributeKey::IsShared | ItemAttributeKey::SharedRole))) {
-        const std::optional<QString> role = sharedRoleOfLocal(url.path(), S_ISLNK(st.stx_mode));
+        const std::optional<QString> role = sharedRoleOfLocal(url.path());
         if (keys & ItemAttributeKey::IsShared) {
             attributes.isShared = role.has_value();
         }
@@ -791,7 +806,15 @@ std::optional<Error> DriveStore::writeDocumentReference(
 
 // --- Tags and sharing ---
 
-void DriveStore::refreshMetadataLocked() const {
+void DriveStore::refreshMetadataLocked(bool mayReuse) const {
+    const qint64 now = coarseNow();
+    const quint64 writes = metadataWrites.load(std::memory_order_acquire);
+    if (mayReuse && metadata_->loadedStamp != -1 && writes == metadata_->writesSeen &&
+        now - metadata_->checkedAt < kMetadataRecheckNs) {
+        return;
+    }
+    metadata_->checkedAt = now;
+    metadata_->writesSeen = writes;
     struct stat st;
     const qint64 stamp = lstatPath(home_.metadataFile(), &st)
                              ? qint64(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec
@@ -814,6 +837,8 @@ void DriveStore::refreshMetadataLocked() const {
 
 std::optional<Error> DriveStore::saveMetadataLocked() const {
     std::optional<Error> error = RecordFile::writeObject(home_.metadataFile(), metadata_->entries);
+    metadata_->writesSeen = metadataWrites.fetch_add(1, std::memory_order_acq_rel) + 1;
+    metadata_->checkedAt = coarseNow();
     if (error) {
         VLLOG(3, "Failed to write metadata %@: %@", home_.metadataFile(), *error);
     }
@@ -857,22 +882,24 @@ std::optional<QString> DriveStore::readStringAttribute(const QString& path, cons
 std::optional<Error> DriveStore::writeStringAttribute(const QString& path, const char* xattrName,
                                                       const char* metadataKey,
                                                       const std::optional<QString>& value) {
-    const QByteArray native = nativePath(path);
-    int result;
-    if (value) {
-        const QByteArray bytes = value->toUtf8();
-        result = ::lsetxattr(native.constData(), xattrName, bytes.constData(), bytes.size(), 0);
-    } else {
-        result = ::lremovexattr(native.constData(), xattrName);
-        if (result != 0 && errno == ENODATA) {
-            result = 0;
+    if (xattrName) {
+        const QByteArray native = nativePath(path);
+        int result;
+        if (value) {
+            const QByteArray bytes = value->toUtf8();
+            result = ::lsetxattr(native.constData(), xattrName, bytes.constData(), bytes.size(), 0);
+        } else {
+            result = ::lremovexattr(native.constData(), xattrName);
+            if (result != 0 && errno == ENODATA) {
+                result = 0;
+            }
         }
-    }
-    if (result == 0) {
-        return std::nullopt;
-    }
-    if (!isUnsupportedXattrError(errno)) {
-        return Error::posixError(errno, path);
+        if (result == 0) {
+            return std::nullopt;
+        }
+        if (!isUnsupportedXattrError(errno)) {
+            return Error::posixError(errno, path);
+        }
     }
     const std::optional<QString> relative = home_.driveRelativePath(path);
     if (!relative) {
@@ -944,14 +971,23 @@ std::optional<QString> DriveStore::sharedRole(const Url& url) const {
                    ? PlaceholderFile::RoleParticipant
                    : PlaceholderFile::RoleOwner;
     }
-    return sharedRoleOfLocal(url.path(), isSymlinkPath(url.path()));
+    return sharedRoleOfLocal(url.path());
 }
 
-std::optional<QString> DriveStore::sharedRoleOfLocal(const QString& path, bool isSymlink) const {
-    const std::optional<QString> value =
-        readStringAttribute(path, kSharedAttribute, kSharedKey, isSymlink);
+std::optional<QString> DriveStore::sharedRoleOfLocal(const QString& path) const {
+    std::lock_guard lock(metadataMutex_);
+    refreshMetadataLocked(true);
+    if (metadata_->entries.isEmpty()) {
+        return std::nullopt;
+    }
+    const std::optional<QString> relative = home_.driveRelativePath(path);
+    if (!relative) {
+        return std::nullopt;
+    }
+    const QJsonValue value =
+        metadata_->entries.value(*relative).toObject().value(QLatin1String(kSharedKey));
     if (value == PlaceholderFile::RoleOwner || value == PlaceholderFile::RoleParticipant) {
-        return value;
+        return value.toString();
     }
     return std::nullopt;
 }
@@ -975,7 +1011,8 @@ std::optional<Error> DriveStore::setSharedRole(const Url& url, const std::option
     if (!pathExists(url.path())) {
         return Error::fileError(Error::FileNoSuchFile, url.path());
     }
-    return writeStringAttribute(url.path(), kSharedAttribute, kSharedKey, role);
+    // Sharing lives in metadata.json only, so that reading it costs no system call per item.
+    return writeStringAttribute(url.path(), nullptr, kSharedKey, role);
 }
 
 void DriveStore::moveMetadata(const QString& fromRelativePath, const QString& toRelativePath) {

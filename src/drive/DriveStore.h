@@ -117,7 +117,8 @@ public:
     std::optional<Error> writeDocumentReference(const Url& referenceURL,
                                                 const QString& targetDriveRelativePath) const;
 
-    // --- Tags and sharing (local items: xattrs, else metadata.json; cloud-only: placeholder) ---
+    // --- Tags and sharing (local items: tags in xattrs, else metadata.json, sharing in
+    // metadata.json; cloud-only: placeholder) ---
     std::optional<QStringList> tags(const Url& url, Error* error = nullptr) const;
     std::optional<Error> setTags(const Url& url, const QStringList& tags);
     // "owner", "participant" or absent (not shared).
@@ -158,13 +159,16 @@ private:
     struct Metadata;
     struct Caches;
 
-    // Reads the fallback record into metadata_ when metadata.json changed; caller holds
-    // metadataMutex_.
-    void refreshMetadataLocked() const;
+    // Reads the record into metadata_ when metadata.json changed; caller holds metadataMutex_.
+    // A read-only caller may pass mayReuse: then a record checked moments ago, with no write by
+    // this process since, is trusted without another stat (per-item attribute reads stay at one
+    // statx; another process's change shows within kMetadataRecheckNs).
+    void refreshMetadataLocked(bool mayReuse = false) const;
     std::optional<Error> saveMetadataLocked() const;
     std::optional<QString> readStringAttribute(const QString& path, const char* xattrName,
                                                const char* metadataKey, bool isSymlink) const;
-    std::optional<QString> sharedRoleOfLocal(const QString& path, bool isSymlink) const;
+    std::optional<QString> sharedRoleOfLocal(const QString& path) const;
+    // With no xattrName the value goes to metadata.json only.
     std::optional<Error> writeStringAttribute(const QString& path, const char* xattrName,
                                               const char* metadataKey,
                                               const std::optional<QString>& value);
