@@ -48,11 +48,6 @@ bool lstatPath(const QString& path, struct stat* st) {
     return ::lstat(nativePath(path).constData(), st) == 0;
 }
 
-bool isSymlinkPath(const QString& path) {
-    struct stat st;
-    return lstatPath(path, &st) && S_ISLNK(st.st_mode);
-}
-
 bool pathExists(const QString& path) {
     struct stat st;
     return lstatPath(path, &st);
@@ -922,7 +917,11 @@ std::optional<Error> DriveStore::writeStringAttribute(const QString& path, const
 }
 
 std::optional<QStringList> DriveStore::tags(const Url& url, Error* error) const {
-    if (isPlaceholderURL(url) || isCloudOnly(url)) {
+    // One lstat tells a local item, its kind, and (when it fails) to look for a placeholder.
+    struct stat st;
+    const bool placeholderURL = isPlaceholderURL(url);
+    const bool local = !placeholderURL && lstatPath(url.path(), &st);
+    if (placeholderURL || (!local && pathExists(DriveHome::placeholderPathFor(url.path())))) {
         const std::optional<PlaceholderFile> record =
             readPlaceholder(isPlaceholderURL(url) ? url : placeholderURLFor(url), error);
         if (!record) {
@@ -930,14 +929,14 @@ std::optional<QStringList> DriveStore::tags(const Url& url, Error* error) const 
         }
         return record->tags;
     }
-    if (!pathExists(url.path())) {
+    if (!local) {
         if (error) {
             *error = Error::fileError(Error::FileNoSuchFile, url.path());
         }
         return std::nullopt;
     }
     const std::optional<QString> value =
-        readStringAttribute(url.path(), kTagsAttribute, kTagsKey, isSymlinkPath(url.path()));
+        readStringAttribute(url.path(), kTagsAttribute, kTagsKey, S_ISLNK(st.st_mode));
     return value ? splitTags(*value) : QStringList();
 }
 

@@ -2,7 +2,12 @@
 
 #include "platform/ContentTypeRegistry.h"
 
+#include <QHash>
+
 #include <sys/stat.h>
+
+#include <algorithm>
+#include <iterator>
 
 #include <memory>
 #include <mutex>
@@ -13,6 +18,9 @@ namespace {
 
 std::mutex predicateMutex;
 std::shared_ptr<const PreviewCapability::Predicate> installedPredicate;  // predicateMutex
+std::mutex previewableMutex;
+QHash<QString, bool> previewableExtensions;                // previewableMutex
+const ContentTypeRegistry* previewableRegistry = nullptr;  // previewableMutex: whose answers
 
 }  // namespace
 
@@ -42,16 +50,35 @@ bool PreviewCapability::defaultCanPreviewItem(const Url& url) {
         return false;
     }
     const ContentTypeRegistry& registry = ContentTypeRegistry::shared();
-    const QString type = registry.identifierForFileName(url.lastPathComponent(), false);
+    // A type follows from the extension (as the item's own content type does), and a folder
+    // holds few extensions: look each one up once. Names without one are looked up in full.
+    const QString name = url.lastPathComponent();
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    const QString key = dot > 0 ? name.mid(dot + 1).toLower() : QString();
+    if (!key.isEmpty()) {
+        std::lock_guard lock(previewableMutex);
+        if (previewableRegistry != &registry) {
+            previewableRegistry = &registry;
+            previewableExtensions.clear();
+        }
+        const auto found = previewableExtensions.constFind(key);
+        if (found != previewableExtensions.constEnd()) {
+            return *found;
+        }
+    }
     static const QString previewable[] = {
         ContentTypeRegistry::Image, ContentTypeRegistry::Movie, ContentTypeRegistry::Audio,
         QStringLiteral("application/pdf"), QStringLiteral("text/plain")};
-    for (const QString& kind : previewable) {
-        if (registry.conformsTo(type, kind)) {
-            return true;
-        }
+    const QString type =
+        registry.identifierForFileName(key.isEmpty() ? name : QStringLiteral("item.") + key, false);
+    const bool answer =
+        std::any_of(std::begin(previewable), std::end(previewable),
+                    [&](const QString& kind) { return registry.conformsTo(type, kind); });
+    if (!key.isEmpty()) {
+        std::lock_guard lock(previewableMutex);
+        previewableExtensions.insert(key, answer);
     }
-    return false;
+    return answer;
 }
 
 }  // namespace vl

@@ -148,7 +148,8 @@ void VLItem::initFromKeysAndValuesWithURL(const ItemAttributes& values, const Ur
     localizedName_ = values.localizedName ? *values.localizedName : values.name.value_or(QString());
     typeIdentifier_ = values.contentType.value_or(QString());
     localizedTypeDescription_ = values.localizedTypeDescription.value_or(QString());
-    if (!typeIdentifier_.isEmpty()) {
+    // The store already describes the type; ask the registry only when it did not.
+    if (!typeIdentifier_.isEmpty() && localizedTypeDescription_.isEmpty()) {
         const QString description =
             ContentTypeRegistry::shared().localizedDescription(typeIdentifier_);
         if (!description.isEmpty()) {
