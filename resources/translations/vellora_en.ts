@@ -288,5 +288,28 @@
         <extracomment>%1$@ is the error domain, %2$d the error code.</extracomment>
         <translation>The operation couldn’t be completed. (%1$@ error %2$d.)</translation>
     </message>
+    <message id="Vellora Drive">
+        <source>Vellora Drive</source>
+        <extracomment>The drive's own name: the title of the root list and of the unavailable screen.</extracomment>
+        <translation>Vellora Drive</translation>
+    </message>
+    <message id="Vellora Drive Is Unavailable">
+        <source>Vellora Drive Is Unavailable</source>
+        <translation>Vellora Drive Is Unavailable</translation>
+    </message>
+    <message id="Sign in to your Nimbra account and turn on Vellora Drive to see your documents here.">
+        <source>Sign in to your Nimbra account and turn on Vellora Drive to see your documents here.</source>
+        <translation>Sign in to your Nimbra account and turn on Vellora Drive to see your documents here.</translation>
+    </message>
+    <message id="Actions…">
+        <source>Actions…</source>
+        <extracomment>A folder list's per-item menu entry that opens the item's actions.</extracomment>
+        <translation>Actions…</translation>
+    </message>
+    <message id="Details">
+        <source>Details</source>
+        <extracomment>A folder list's per-item menu entry that opens the details screen.</extracomment>
+        <translation>Details</translation>
+    </message>
 </context>
 </TS>
