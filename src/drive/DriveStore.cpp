@@ -955,27 +955,51 @@ std::optional<Error> DriveStore::writeStringAttribute(const QString& path, const
 }
 
 std::optional<QStringList> DriveStore::tags(const Url& url, Error* error) const {
-    // One lstat tells a local item, its kind, and (when it fails) to look for a placeholder.
-    struct stat st;
     const bool placeholderURL = isPlaceholderURL(url);
-    const bool local = !placeholderURL && lstatPath(url.path(), &st);
-    if (placeholderURL || (!local && pathExists(DriveHome::placeholderPathFor(url.path())))) {
+    if (!placeholderURL) {
+        // The xattr read alone settles most local items: they answer with their tags or with
+        // ENODATA, as symbolic links (which can't hold user xattrs) do too, so the record is
+        // looked at, and the item's kind asked, only when it holds tags for this path.
+        char buffer[4096];
+        const ssize_t length =
+            ::lgetxattr(nativePath(url.path()).constData(), kTagsAttribute, buffer, sizeof buffer);
+        if (length >= 0) {
+            return splitTags(QString::fromUtf8(buffer, length));
+        }
+        const int failure = errno;
+        if (failure == ENODATA && !hasMetadataValue(url.path(), kTagsKey)) {
+            return QStringList();
+        }
+        struct stat st;
+        if (failure != ENOENT && failure != ENOTDIR && lstatPath(url.path(), &st)) {
+            const std::optional<QString> value =
+                readStringAttribute(url.path(), kTagsAttribute, kTagsKey, S_ISLNK(st.st_mode));
+            return value ? splitTags(*value) : QStringList();
+        }
+    }
+    if (placeholderURL || pathExists(DriveHome::placeholderPathFor(url.path()))) {
         const std::optional<PlaceholderFile> record =
-            readPlaceholder(isPlaceholderURL(url) ? url : placeholderURLFor(url), error);
+            readPlaceholder(placeholderURL ? url : placeholderURLFor(url), error);
         if (!record) {
             return std::nullopt;
         }
         return record->tags;
     }
-    if (!local) {
-        if (error) {
-            *error = Error::fileError(Error::FileNoSuchFile, url.path());
-        }
-        return std::nullopt;
+    if (error) {
+        *error = Error::fileError(Error::FileNoSuchFile, url.path());
     }
-    const std::optional<QString> value =
-        readStringAttribute(url.path(), kTagsAttribute, kTagsKey, S_ISLNK(st.st_mode));
-    return value ? splitTags(*value) : QStringList();
+    return std::nullopt;
+}
+
+bool DriveStore::hasMetadataValue(const QString& path, const char* metadataKey) const {
+    std::lock_guard lock(metadataMutex_);
+    refreshMetadataLocked(true);
+    if (metadata_->entries.isEmpty()) {
+        return false;
+    }
+    const std::optional<QString> relative = home_.driveRelativePath(path);
+    return relative &&
+           metadata_->entries.value(*relative).toObject().contains(QLatin1String(metadataKey));
 }
 
 std::optional<Error> DriveStore::setTags(const Url& url, const QStringList& tags) {

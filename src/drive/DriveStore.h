@@ -168,6 +168,8 @@ private:
     std::optional<QString> readStringAttribute(const QString& path, const char* xattrName,
                                                const char* metadataKey, bool isSymlink) const;
     std::optional<QString> sharedRoleOfLocal(const QString& path) const;
+    // Whether the record holds that key for the item at path (a recently checked record will do).
+    bool hasMetadataValue(const QString& path, const char* metadataKey) const;
     // With no xattrName the value goes to metadata.json only.
     std::optional<Error> writeStringAttribute(const QString& path, const char* xattrName,
                                               const char* metadataKey,

@@ -117,16 +117,15 @@ bool VLItem::cacheValues() {
     coordinator.coordinateReadingItemAtURL(
         resolvedURL_, FileCoordinator::ReadingOption::ImmediatelyAvailableMetadataOnly,
         &coordinatorError, [&](const Url& newURL) {
-            if (!documents.checkPromisedItemIsReachable(newURL, nullptr)) {
-                result = false;
-                return;
-            }
+            // Attributes found mean the item is reachable; only a failure asks the reachability
+            // check, to tell an item that is gone from one the store can't describe.
             Error error;
             std::optional<ItemAttributes> values =
                 documents.promisedItemResourceValues(newURL, attributeKeySet(), &error);
             if (!values) {
-                if (error.domain() == Error::FileErrorDomain &&
-                    error.code() == Error::FileNoSuchFile) {
+                if ((error.domain() == Error::FileErrorDomain &&
+                     error.code() == Error::FileNoSuchFile) ||
+                    !documents.checkPromisedItemIsReachable(newURL, nullptr)) {
                     result = false;
                     return;
                 }
