@@ -40,19 +40,19 @@ void PreviewCapability::setPredicate(Predicate predicate) {
 }
 
 bool PreviewCapability::defaultCanPreviewItem(const Url& url) {
-    if (url.isEmpty()) {
+    if (url.isEmpty() || !isPreviewableName(url.lastPathComponent())) {
         return false;
     }
     // A cloud-only item's logical path does not exist yet; its name alone tells its type.
     struct stat st {};
     const QByteArray path = url.path().toLocal8Bit();
-    if (::stat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode)) {
-        return false;
-    }
+    return !(::stat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode));
+}
+
+bool PreviewCapability::isPreviewableName(const QString& name) {
     const ContentTypeRegistry& registry = ContentTypeRegistry::shared();
     // A type follows from the extension (as the item's own content type does), and a folder
     // holds few extensions: look each one up once. Names without one are looked up in full.
-    const QString name = url.lastPathComponent();
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
     const QString key = dot > 0 ? name.mid(dot + 1).toLower() : QString();
     if (!key.isEmpty()) {

@@ -19,6 +19,10 @@ public:
     // An empty predicate restores the default. Safe from any thread.
     static void setPredicate(Predicate predicate);
     static bool defaultCanPreviewItem(const Url& url);
+
+private:
+    // Whether a file of that name is of a previewable type, by its extension.
+    static bool isPreviewableName(const QString& name);
 };
 
 }  // namespace vl

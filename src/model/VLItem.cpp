@@ -108,10 +108,12 @@ bool VLItem::cacheValues() {
     } else {
         resolvedURL_ = url_;
     }
-    promiseURL_ = documents.physicalURL(resolvedURL_);
     // This platform has no security-scoped access to start or stop around the read.
 
     bool result = true;
+    // An item whose local attributes were read is its own physical item: only a cloud-only
+    // one (or one that could not be described) asks the store for it.
+    bool local = false;
     FileCoordinator coordinator;
     std::optional<Error> coordinatorError;
     coordinator.coordinateReadingItemAtURL(
@@ -136,10 +138,13 @@ bool VLItem::cacheValues() {
                     return;
                 }
             }
+            local = newURL == resolvedURL_ && !resolvedURL_.promisedPhysicalURL() &&
+                    values->downloadingStatus != DownloadingStatus::NotDownloaded;
             initFromKeysAndValuesWithURL(*values, newURL);
             canPreview_ = PreviewCapability::canPreviewItem(resolvedURL_);
             tags_ = documents.tagNames(resolvedURL_, nullptr);
         });
+    promiseURL_ = local ? resolvedURL_ : documents.physicalURL(resolvedURL_);
     return result;
 }
 
