@@ -9,6 +9,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QThread>
 
 namespace vl {
 namespace {
@@ -51,7 +52,10 @@ TEST_F(PreferencesTest, ValueWrittenByAnotherProcessIsRead) {
     ASSERT_TRUE(prefs.synchronize());
     ASSERT_EQ(prefs.value(QStringLiteral("VLLogLevel")).toInt(), 3);
 
-    // Same size as the file the store has cached, written by a shell.
+    // Same size as the file the store has cached, written by a shell. QSettings notices a change
+    // by size and modification time, and file times move in clock ticks of a few milliseconds, so
+    // the other process writes at least one tick later.
+    QThread::msleep(30);
     const int status = QProcess::execute(
         QStringLiteral("sh"),
         {QStringLiteral("-c"), QStringLiteral("printf '[General]\\nVLLogLevel=7\\n' > \"$0\""),
