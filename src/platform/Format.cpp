@@ -14,7 +14,7 @@ namespace vl {
 namespace {
 
 // One parsed directive. Width and precision are -1 when absent.
-struct Spec {
+struct Directive {
     bool minus = false;
     bool plus = false;
     bool space = false;
@@ -90,54 +90,55 @@ void appendPadding(QString& out, qsizetype count) {
 
 // Text conversions and anything printed by its description: precision cuts (never inside a
 // surrogate pair), width pads with blanks.
-void appendPadded(QString& out, QStringView text, const Spec& spec, bool applyPrecision) {
-    if (applyPrecision && spec.precision >= 0 && text.size() > spec.precision) {
-        qsizetype cut = spec.precision;
+void appendPadded(QString& out, QStringView text, const Directive& directive, bool applyPrecision) {
+    if (applyPrecision && directive.precision >= 0 && text.size() > directive.precision) {
+        qsizetype cut = directive.precision;
         if (cut > 0 && text.at(cut - 1).isHighSurrogate()) {
             --cut;
         }
         text = text.left(cut);
     }
-    const qsizetype padding = spec.width - text.size();
-    if (!spec.minus) {
+    const qsizetype padding = directive.width - text.size();
+    if (!directive.minus) {
         appendPadding(out, padding);
     }
     out.append(text);
-    if (spec.minus) {
+    if (directive.minus) {
         appendPadding(out, padding);
     }
 }
 
-void appendDescribed(QString& out, const FormatArg& arg, const Spec& spec, bool applyPrecision) {
-    if (spec.width < 0 && (spec.precision < 0 || !applyPrecision)) {
+void appendDescribed(QString& out, const FormatArg& arg, const Directive& directive,
+                     bool applyPrecision) {
+    if (directive.width < 0 && (directive.precision < 0 || !applyPrecision)) {
         arg.appendDescription(out);
     } else if (arg.kind() == FormatArg::Kind::Utf16) {
-        appendPadded(out, arg.utf16(), spec, applyPrecision);
+        appendPadded(out, arg.utf16(), directive, applyPrecision);
     } else {
-        appendPadded(out, arg.description(), spec, applyPrecision);
+        appendPadded(out, arg.description(), directive, applyPrecision);
     }
 }
 
 // The C directive for snprintf: flags, width, precision, then the length and conversion given.
-void buildCFormat(char* buffer, const Spec& spec, const char* lengthAndConversion) {
+void buildCFormat(char* buffer, const Directive& directive, const char* lengthAndConversion) {
     char* p = buffer;
     *p++ = '%';
-    if (spec.minus)
+    if (directive.minus)
         *p++ = '-';
-    if (spec.plus)
+    if (directive.plus)
         *p++ = '+';
-    if (spec.space)
+    if (directive.space)
         *p++ = ' ';
-    if (spec.hash)
+    if (directive.hash)
         *p++ = '#';
-    if (spec.zero)
+    if (directive.zero)
         *p++ = '0';
-    if (spec.width >= 0) {
-        p = std::to_chars(p, p + 8, spec.width).ptr;
+    if (directive.width >= 0) {
+        p = std::to_chars(p, p + 8, directive.width).ptr;
     }
-    if (spec.precision >= 0) {
+    if (directive.precision >= 0) {
         *p++ = '.';
-        p = std::to_chars(p, p + 8, spec.precision).ptr;
+        p = std::to_chars(p, p + 8, directive.precision).ptr;
     }
     const std::size_t rest = std::strlen(lengthAndConversion);
     std::memcpy(p, lengthAndConversion, rest + 1);
@@ -195,7 +196,8 @@ char cConversion(char conversion) {
 // Integer conversions print the argument's own value (whatever its C type): the length
 // modifier only matters where C makes it visible, in the two's complement of a negative value
 // under %u/%x/%o and in the narrowing of "h" and "hh".
-void appendInteger(QString& out, const FormatArg& arg, const Spec& spec, bool signedConversion) {
+void appendInteger(QString& out, const FormatArg& arg, const Directive& directive,
+                   bool signedConversion) {
     bool isSigned = true;
     std::int64_t signedValue = 0;
     std::uint64_t unsignedValue = 0;
@@ -213,8 +215,8 @@ void appendInteger(QString& out, const FormatArg& arg, const Spec& spec, bool si
             bits = 64;
             break;
     }
-    if (spec.lengthBits != 0) {
-        bits = spec.lengthBits;
+    if (directive.lengthBits != 0) {
+        bits = directive.lengthBits;
         const std::uint64_t raw = isSigned ? std::uint64_t(signedValue) : unsignedValue;
         if (signedConversion) {
             signedValue =
@@ -225,10 +227,10 @@ void appendInteger(QString& out, const FormatArg& arg, const Spec& spec, bool si
             isSigned = false;
         }
     }
-    const bool plain = !spec.minus && !spec.plus && !spec.space && !spec.hash && !spec.zero &&
-                       spec.width < 0 && spec.precision < 0;
+    const bool plain = !directive.minus && !directive.plus && !directive.space && !directive.hash &&
+                       !directive.zero && directive.width < 0 && directive.precision < 0;
     char cFormat[32];
-    const char conversion = cConversion(spec.conversion);
+    const char conversion = cConversion(directive.conversion);
     if (signedConversion) {
         if (isSigned || unsignedValue <= std::uint64_t(std::numeric_limits<std::int64_t>::max())) {
             const long long value = isSigned ? signedValue : std::int64_t(unsignedValue);
@@ -236,14 +238,14 @@ void appendInteger(QString& out, const FormatArg& arg, const Spec& spec, bool si
                 appendDecimal(out, value);
                 return;
             }
-            buildCFormat(cFormat, spec, "lld");
+            buildCFormat(cFormat, directive, "lld");
             appendPrintf(out, cFormat, value);
         } else {
             if (plain) {
                 appendDecimal(out, unsignedValue);
                 return;
             }
-            buildCFormat(cFormat, spec, "llu");
+            buildCFormat(cFormat, directive, "llu");
             appendPrintf(out, cFormat, static_cast<unsigned long long>(unsignedValue));
         }
         return;
@@ -259,11 +261,11 @@ void appendInteger(QString& out, const FormatArg& arg, const Spec& spec, bool si
         return;
     }
     const char lengthAndConversion[] = {'l', 'l', conversion, '\0'};
-    buildCFormat(cFormat, spec, lengthAndConversion);
+    buildCFormat(cFormat, directive, lengthAndConversion);
     appendPrintf(out, cFormat, static_cast<unsigned long long>(unsignedValue));
 }
 
-void appendReal(QString& out, const FormatArg& arg, const Spec& spec) {
+void appendReal(QString& out, const FormatArg& arg, const Directive& directive) {
     double value = 0;
     switch (arg.kind()) {
         case FormatArg::Kind::Signed:
@@ -277,8 +279,8 @@ void appendReal(QString& out, const FormatArg& arg, const Spec& spec) {
             break;
     }
     char cFormat[32];
-    const char lengthAndConversion[] = {spec.conversion, '\0'};
-    buildCFormat(cFormat, spec, lengthAndConversion);
+    const char lengthAndConversion[] = {directive.conversion, '\0'};
+    buildCFormat(cFormat, directive, lengthAndConversion);
     appendPrintf(out, cFormat, value);
 }
 
@@ -295,9 +297,9 @@ std::int64_t integerOf(const FormatArg& arg) {
     }
 }
 
-void appendCharacter(QString& out, const FormatArg& arg, const Spec& spec) {
+void appendCharacter(QString& out, const FormatArg& arg, const Directive& directive) {
     std::int64_t code = integerOf(arg);
-    if (spec.lengthBits == 8) {
+    if (directive.lengthBits == 8) {
         code = std::uint8_t(code);
     }
     QChar units[2];
@@ -312,26 +314,27 @@ void appendCharacter(QString& out, const FormatArg& arg, const Spec& spec) {
     } else {
         units[count++] = QChar(char16_t(code));
     }
-    appendPadded(out, QStringView(units, count), spec, false);
+    appendPadded(out, QStringView(units, count), directive, false);
 }
 
-void appendArgument(QString& out, const FormatArg& arg, const Spec& spec, ConversionClass kind) {
+void appendArgument(QString& out, const FormatArg& arg, const Directive& directive,
+                    ConversionClass kind) {
     if (kind == ConversionClass::Text || !arg.isNumber()) {
-        appendDescribed(out, arg, spec, kind == ConversionClass::Text);
+        appendDescribed(out, arg, directive, kind == ConversionClass::Text);
         return;
     }
     switch (kind) {
         case ConversionClass::Signed:
-            appendInteger(out, arg, spec, true);
+            appendInteger(out, arg, directive, true);
             break;
         case ConversionClass::Unsigned:
-            appendInteger(out, arg, spec, false);
+            appendInteger(out, arg, directive, false);
             break;
         case ConversionClass::Real:
-            appendReal(out, arg, spec);
+            appendReal(out, arg, directive);
             break;
         case ConversionClass::Character:
-            appendCharacter(out, arg, spec);
+            appendCharacter(out, arg, directive);
             break;
         default:
             break;
@@ -396,21 +399,21 @@ private:
             out_.append(QLatin1Char('%'));
             return p + 1;
         }
-        Spec spec;
+        Directive directive;
         const int position = readPosition(p, end);
         bool ok = position >= 0;
         for (; ok && p < end; ++p) {
             const char c = asciiOf(*p);
             if (c == '-') {
-                spec.minus = true;
+                directive.minus = true;
             } else if (c == '+') {
-                spec.plus = true;
+                directive.plus = true;
             } else if (c == ' ') {
-                spec.space = true;
+                directive.space = true;
             } else if (c == '#') {
-                spec.hash = true;
+                directive.hash = true;
             } else if (c == '0') {
-                spec.zero = true;
+                directive.zero = true;
             } else if (c != '\'') {
                 break;
             }
@@ -420,13 +423,13 @@ private:
             int width = 0;
             ok = starArgument(p, end, width);
             if (width < 0) {
-                spec.minus = true;
+                directive.minus = true;
                 width = width == std::numeric_limits<int>::min() ? FormatMaxWidth : -width;
             }
-            spec.width = std::min(width, FormatMaxWidth);
+            directive.width = std::min(width, FormatMaxWidth);
         } else if (ok) {
             const int width = readNumber(p, end);
-            spec.width = width == NoNumber ? -1 : std::min(width, FormatMaxWidth);
+            directive.width = width == NoNumber ? -1 : std::min(width, FormatMaxWidth);
         }
         if (ok && p < end && *p == Ch('.')) {
             ++p;
@@ -434,26 +437,27 @@ private:
                 ++p;
                 int precision = 0;
                 ok = starArgument(p, end, precision);
-                spec.precision = precision < 0 ? -1 : std::min(precision, FormatMaxWidth);
+                directive.precision = precision < 0 ? -1 : std::min(precision, FormatMaxWidth);
             } else {
                 const int precision = readNumber(p, end);
-                spec.precision = precision == NoNumber ? 0 : std::min(precision, FormatMaxWidth);
+                directive.precision =
+                    precision == NoNumber ? 0 : std::min(precision, FormatMaxWidth);
             }
         }
         if (ok) {
-            readLength(p, end, spec);
+            readLength(p, end, directive);
         }
         if (p == end) {
             appendText(out_, percent, end - percent);
             return end;
         }
-        spec.conversion = asciiOf(*p);
+        directive.conversion = asciiOf(*p);
         // A non-ASCII character ends the directive without being part of it, so that a UTF-8
         // sequence is never cut in two.
-        if (spec.conversion != '\0') {
+        if (directive.conversion != '\0') {
             ++p;
         }
-        const ConversionClass kind = classify(spec.conversion);
+        const ConversionClass kind = classify(directive.conversion);
         const FormatArg* arg = nullptr;
         if (ok && kind != ConversionClass::Unknown) {
             arg = argument(position);
@@ -462,7 +466,7 @@ private:
             appendText(out_, percent, p - percent);
             return p;
         }
-        appendArgument(out_, *arg, spec, kind);
+        appendArgument(out_, *arg, directive, kind);
         return p;
     }
 
@@ -488,11 +492,11 @@ private:
         return true;
     }
 
-    static void readLength(const Ch*& p, const Ch* end, Spec& spec) {
+    static void readLength(const Ch*& p, const Ch* end, Directive& directive) {
         while (p < end) {
             const char c = asciiOf(*p);
             if (c == 'h') {
-                spec.lengthBits = spec.lengthBits == 16 ? 8 : 16;
+                directive.lengthBits = directive.lengthBits == 16 ? 8 : 16;
             } else if (c != 'l' && c != 'L' && c != 'q' && c != 'j' && c != 'z' && c != 't') {
                 return;
             }

@@ -18,9 +18,9 @@ namespace vl {
 namespace {
 
 template <typename T>
-QString cPrintf(const std::string& spec, T value) {
-    std::string buffer(std::size_t(std::snprintf(nullptr, 0, spec.c_str(), value)) + 1, '\0');
-    std::snprintf(buffer.data(), buffer.size(), spec.c_str(), value);
+QString cPrintf(const std::string& directive, T value) {
+    std::string buffer(std::size_t(std::snprintf(nullptr, 0, directive.c_str(), value)) + 1, '\0');
+    std::snprintf(buffer.data(), buffer.size(), directive.c_str(), value);
     return QString::fromLatin1(buffer.c_str());
 }
 
@@ -43,15 +43,17 @@ std::vector<std::string> directives(const std::vector<std::string>& conversions)
 
 TEST(FormatTest, IntegerConversionsMatchC) {
     const int ints[] = {0, 1, -1, 7, 42, -123456, INT_MIN, INT_MAX};
-    for (const std::string& spec : directives({"d", "i", "u", "x", "X", "o"})) {
+    for (const std::string& directive : directives({"d", "i", "u", "x", "X", "o"})) {
         for (int value : ints) {
-            ASSERT_EQ(format(spec.c_str(), value), cPrintf(spec, value)) << spec << " " << value;
+            ASSERT_EQ(format(directive.c_str(), value), cPrintf(directive, value))
+                << directive << " " << value;
         }
     }
     const long long longs[] = {0, -1, 1LL << 40, LLONG_MIN, LLONG_MAX};
-    for (const std::string& spec : directives({"lld", "llu", "llx", "lX", "lo", "ld"})) {
+    for (const std::string& directive : directives({"lld", "llu", "llx", "lX", "lo", "ld"})) {
         for (long long value : longs) {
-            ASSERT_EQ(format(spec.c_str(), value), cPrintf(spec, value)) << spec << " " << value;
+            ASSERT_EQ(format(directive.c_str(), value), cPrintf(directive, value))
+                << directive << " " << value;
         }
     }
     EXPECT_EQ(format("%lu", ULONG_MAX), cPrintf("%lu", ULONG_MAX));
@@ -61,9 +63,10 @@ TEST(FormatTest, IntegerConversionsMatchC) {
 TEST(FormatTest, RealConversionsMatchC) {
     const double values[] = {0.0, -0.0,  1.5,    -2.25e-7, 12345.6789,
                              0.1, 1e300, 5e-324, HUGE_VAL, -HUGE_VAL};
-    for (const std::string& spec : directives({"f", "F", "e", "E", "g", "G", "a", "lf"})) {
+    for (const std::string& directive : directives({"f", "F", "e", "E", "g", "G", "a", "lf"})) {
         for (double value : values) {
-            ASSERT_EQ(format(spec.c_str(), value), cPrintf(spec, value)) << spec << " " << value;
+            ASSERT_EQ(format(directive.c_str(), value), cPrintf(directive, value))
+                << directive << " " << value;
         }
     }
     EXPECT_EQ(format("%f", std::nan("")), cPrintf("%f", std::nan("")));

@@ -67,20 +67,21 @@ int TagsCommand::run(ToolContext& context, Arguments& arguments) {
                          : QStringLiteral("unknown tags command \"") + action + QLatin1Char('"'));
 }
 
-int TagsCommand::set(ToolContext& context, const QStringList& specs, std::optional<uint> version) {
+int TagsCommand::set(ToolContext& context, const QStringList& assignments,
+                     std::optional<uint> version) {
     QList<TagDictionary::Tag> tags;
-    for (const QString& spec : specs) {
-        const qsizetype equals = spec.lastIndexOf(QLatin1Char('='));
-        const QString name = equals < 0 ? spec : spec.left(equals);
+    for (const QString& assignment : assignments) {
+        const qsizetype equals = assignment.lastIndexOf(QLatin1Char('='));
+        const QString name = equals < 0 ? assignment : assignment.left(equals);
         const std::optional<quint32> colour =
             equals < 0 ? std::optional<quint32>(0)
-                       : TagDictionary::colourIndex(spec.mid(equals + 1));
+                       : TagDictionary::colourIndex(assignment.mid(equals + 1));
         if (name.isEmpty()) {
-            return context.usageError(QStringLiteral("a tag needs a name: \"") + spec +
+            return context.usageError(QStringLiteral("a tag needs a name: \"") + assignment +
                                       QLatin1Char('"'));
         }
         if (!colour) {
-            return context.usageError(QStringLiteral("unknown colour in \"") + spec +
+            return context.usageError(QStringLiteral("unknown colour in \"") + assignment +
                                       QLatin1Char('"'));
         }
         tags.append({name, *colour});
