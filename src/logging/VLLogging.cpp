@@ -112,7 +112,8 @@ bool isEnabledSlow(int level) {
 
 void submit(const char* file, const QString* staticFunction, const QString& function, unsigned line,
             const QString& facility, int level, QString message) {
-    static LogRecordBuffer buffer(&buildAndSend);
+    // Never destroyed: the log queue's thread may still be draining it while statics go away.
+    static LogRecordBuffer* const buffer = new LogRecordBuffer(&buildAndSend);
     PendingLogRecord record;
     record.file = file;
     record.staticFunction = staticFunction;
@@ -125,7 +126,7 @@ void submit(const char* file, const QString* staticFunction, const QString& func
     record.message = std::move(message);
     // The label is the caller's, so it is read here, before the hand-off.
     record.thread = Dispatch::currentQueueLabel();
-    buffer.append(std::move(record));
+    buffer->append(std::move(record));
 }
 
 void submit(const char* file, const QString& function, unsigned line, const QString& facility,
