@@ -3,6 +3,7 @@
 #include "platform/RealDispatcher.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <mutex>
 
 namespace vl {
@@ -13,6 +14,20 @@ DispatchTime DispatchQueue::now() const {
 
 void DispatchQueue::after(DispatchDuration delay, DispatchBlock block) {
     asyncAt(now() + delay, std::move(block));
+}
+
+void DispatchQueue::syncThroughAsync(DispatchBlock block) {
+    std::mutex doneMutex;
+    std::condition_variable doneChanged;
+    bool done = false;
+    async([&] {
+        block();
+        std::lock_guard lock(doneMutex);
+        done = true;
+        doneChanged.notify_one();
+    });
+    std::unique_lock lock(doneMutex);
+    doneChanged.wait(lock, [&] { return done; });
 }
 
 bool DispatchQueue::isCurrent() const {

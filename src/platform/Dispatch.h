@@ -42,6 +42,11 @@ public:
     // True when the calling thread is running a block of this queue (or is the main thread, for
     // the main queue).
     bool isCurrent() const;
+
+protected:
+    // Runs the block through async() and waits on a condition variable of our own until it ran:
+    // a hand-over that ThreadSanitizer can see, unlike one through Qt's semaphores.
+    void syncThroughAsync(DispatchBlock block);
 };
 using DispatchQueuePtr = std::shared_ptr<DispatchQueue>;
 

@@ -46,19 +46,7 @@ void RealMainQueue::sync(DispatchBlock block) {
         run(block);
         return;
     }
-    // Waiting on a condition variable of our own rather than a blocking queued call keeps the
-    // hand-over visible to ThreadSanitizer, which cannot see into Qt's semaphore.
-    std::mutex doneMutex;
-    std::condition_variable doneChanged;
-    bool done = false;
-    async([&] {
-        block();
-        std::lock_guard lock(doneMutex);
-        done = true;
-        doneChanged.notify_one();
-    });
-    std::unique_lock lock(doneMutex);
-    doneChanged.wait(lock, [&] { return done; });
+    syncThroughAsync(std::move(block));
 }
 
 void RealMainQueue::asyncAt(DispatchTime when, DispatchBlock block) {

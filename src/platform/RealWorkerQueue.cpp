@@ -151,17 +151,7 @@ void RealWorkerQueue::sync(DispatchBlock block) {
         block();
         return;
     }
-    std::mutex doneMutex;
-    std::condition_variable doneChanged;
-    bool done = false;
-    async([&] {
-        block();
-        std::lock_guard lock(doneMutex);
-        done = true;
-        doneChanged.notify_one();
-    });
-    std::unique_lock lock(doneMutex);
-    doneChanged.wait(lock, [&] { return done; });
+    syncThroughAsync(std::move(block));
 }
 
 void RealWorkerQueue::work() {
