@@ -28,10 +28,7 @@ bool itemExists(const Url& url) {
 
 // Presenters know items by their logical URLs, also when a write was asked for a placeholder.
 Url logicalURL(const Url& url) {
-    if (const auto name = DriveHome::logicalNameOfPlaceholder(url.lastPathComponent())) {
-        return url.deletingLastPathComponent().appendingPathComponent(*name);
-    }
-    return url;
+    return DriveStore::logicalURLFor(url);
 }
 
 bool pathExists(const QString& path) {

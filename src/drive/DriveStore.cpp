@@ -259,12 +259,7 @@ QString DriveStore::cloudPathFor(const QString& driveRelativePath) const {
 }
 
 std::optional<QString> DriveStore::cloudPathForURL(const Url& url) const {
-    Url logical = url;
-    if (isPlaceholderURL(url)) {
-        if (auto name = DriveHome::logicalNameOfPlaceholder(url.lastPathComponent())) {
-            logical = url.deletingLastPathComponent().appendingPathComponent(*name);
-        }
-    }
+    const Url logical = logicalURLFor(url);
     const std::optional<QString> relative = relativePath(logical);
     if (!relative) {
         return std::nullopt;
@@ -400,12 +395,7 @@ std::optional<Error> DriveStore::addContainer(const ContainerRecord& record) {
 
 std::optional<ContainerRecord> DriveStore::containerRecordForURL(const Url& url,
                                                                  Error* error) const {
-    Url logical = url;
-    if (isPlaceholderURL(url)) {
-        if (auto name = DriveHome::logicalNameOfPlaceholder(url.lastPathComponent())) {
-            logical = url.deletingLastPathComponent().appendingPathComponent(*name);
-        }
-    }
+    const Url logical = logicalURLFor(url);
     const std::optional<QString> relative = relativePath(logical);
     if (!relative) {
         if (error) {
@@ -515,6 +505,13 @@ bool DriveStore::isPlaceholderURL(const Url& url) {
 
 Url DriveStore::placeholderURLFor(const Url& logicalURL) {
     return Url::fromPath(DriveHome::placeholderPathFor(logicalURL.path()));
+}
+
+Url DriveStore::logicalURLFor(const Url& url) {
+    if (const auto name = DriveHome::logicalNameOfPlaceholder(url.lastPathComponent())) {
+        return url.deletingLastPathComponent().appendingPathComponent(*name);
+    }
+    return url;
 }
 
 Url DriveStore::downloadURLFor(const Url& logicalURL) {
@@ -774,9 +771,7 @@ std::optional<ItemAttributes> DriveStore::promisedItemAttributes(const Url& url,
         return std::nullopt;
     }
     if (isPlaceholderURL(url)) {
-        const Url logical = url.deletingLastPathComponent().appendingPathComponent(
-            *DriveHome::logicalNameOfPlaceholder(url.lastPathComponent()));
-        return placeholderAttributes(logical, url.path(), keys, error);
+        return placeholderAttributes(logicalURLFor(url), url.path(), keys, error);
     }
     Error localError;
     if (std::optional<ItemAttributes> local = localItemAttributes(url, keys, &localError)) {
@@ -1344,12 +1339,7 @@ std::optional<Error> DriveStore::movePromisedItem(const Url& source, const Url& 
 }
 
 std::optional<Error> DriveStore::removeItem(const Url& url) {
-    Url logical = url;
-    if (isPlaceholderURL(url)) {
-        if (auto name = DriveHome::logicalNameOfPlaceholder(url.lastPathComponent())) {
-            logical = url.deletingLastPathComponent().appendingPathComponent(*name);
-        }
-    }
+    const Url logical = logicalURLFor(url);
     const bool local = pathExists(logical.path());
     const bool placeholder = pathExists(DriveHome::placeholderPathFor(logical.path()));
     if (!local && !placeholder) {

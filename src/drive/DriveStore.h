@@ -87,6 +87,8 @@ public:
     // --- Placeholders and promises ---
     static bool isPlaceholderURL(const Url& url);
     static Url placeholderURLFor(const Url& logicalURL);
+    // The logical URL of a placeholder URL; any other URL as it is.
+    static Url logicalURLFor(const Url& url);
     static Url downloadURLFor(const Url& logicalURL);
     std::optional<PlaceholderFile> readPlaceholder(const Url& placeholderURL,
                                                    Error* error = nullptr) const;
