@@ -997,16 +997,21 @@ bool DriveStore::hasMetadataValue(const QString& path, const char* metadataKey) 
            metadata_->entries.value(*relative).toObject().contains(QLatin1String(metadataKey));
 }
 
+std::optional<Error> DriveStore::updatePlaceholder(
+    const Url& url, const std::function<void(PlaceholderFile&)>& change) {
+    const Url placeholder = isPlaceholderURL(url) ? url : placeholderURLFor(url);
+    Error error;
+    std::optional<PlaceholderFile> record = readPlaceholder(placeholder, &error);
+    if (!record) {
+        return error;
+    }
+    change(*record);
+    return writePlaceholder(placeholder, *record);
+}
+
 std::optional<Error> DriveStore::setTags(const Url& url, const QStringList& tags) {
     if (isPlaceholderURL(url) || isCloudOnly(url)) {
-        const Url placeholder = isPlaceholderURL(url) ? url : placeholderURLFor(url);
-        Error error;
-        std::optional<PlaceholderFile> record = readPlaceholder(placeholder, &error);
-        if (!record) {
-            return error;
-        }
-        record->tags = tags;
-        return writePlaceholder(placeholder, *record);
+        return updatePlaceholder(url, [&](PlaceholderFile& record) { record.tags = tags; });
     }
     if (!pathExists(url.path())) {
         return Error::fileError(Error::FileNoSuchFile, url.path());
@@ -1054,15 +1059,10 @@ std::optional<Error> DriveStore::setSharedRole(const Url& url, const std::option
                      {{Error::LocalizedFailureReasonKey, QStringLiteral("Unknown sharing role.")}});
     }
     if (isPlaceholderURL(url) || isCloudOnly(url)) {
-        const Url placeholder = isPlaceholderURL(url) ? url : placeholderURLFor(url);
-        Error error;
-        std::optional<PlaceholderFile> record = readPlaceholder(placeholder, &error);
-        if (!record) {
-            return error;
-        }
-        record->isShared = role.has_value();
-        record->sharedRole = role.value_or(QString());
-        return writePlaceholder(placeholder, *record);
+        return updatePlaceholder(url, [&](PlaceholderFile& record) {
+            record.isShared = role.has_value();
+            record.sharedRole = role.value_or(QString());
+        });
     }
     if (!pathExists(url.path())) {
         return Error::fileError(Error::FileNoSuchFile, url.path());

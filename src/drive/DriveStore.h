@@ -15,6 +15,7 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -158,6 +159,10 @@ public:
     void removeMetadata(const QString& relativePath);
 
 private:
+    // Reads the placeholder of a cloud-only item (by its logical or placeholder URL), applies the
+    // change and writes it back.
+    std::optional<Error> updatePlaceholder(const Url& url,
+                                           const std::function<void(PlaceholderFile&)>& change);
     struct Metadata;
     struct Caches;
 
