@@ -1,5 +1,7 @@
 #include "MjpegAviWriter.h"
 
+#include "LittleEndian.h"
+
 #include <QFile>
 #include <QtEndian>
 
@@ -7,17 +9,8 @@ namespace vl {
 
 namespace {
 
-void put32(QByteArray& out, quint32 value) {
-    char bytes[4];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 4);
-}
-
-void put16(QByteArray& out, quint16 value) {
-    char bytes[2];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 2);
-}
+using LittleEndian::put16;
+using LittleEndian::put32;
 
 void fourcc(QByteArray& out, const char* code) {
     out.append(code, 4);

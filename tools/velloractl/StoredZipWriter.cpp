@@ -1,5 +1,7 @@
 #include "StoredZipWriter.h"
 
+#include "LittleEndian.h"
+
 #include <QFile>
 #include <QtEndian>
 
@@ -9,17 +11,8 @@ namespace vl {
 
 namespace {
 
-void put16(QByteArray& out, quint16 value) {
-    char bytes[2];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 2);
-}
-
-void put32(QByteArray& out, quint32 value) {
-    char bytes[4];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 4);
-}
+using LittleEndian::put16;
+using LittleEndian::put32;
 
 // 1 January 2024, 12:00, in MS-DOS form.
 constexpr quint16 DosTime = 12 << 11;
