@@ -1,5 +1,7 @@
 #include "toolkit/DocumentListController.h"
 
+#include "toolkit/Background.h"
+
 #include "logging/VLLogging.h"
 #include "platform/CloudDocuments.h"
 #include "platform/Strings.h"
@@ -346,10 +348,7 @@ void DocumentListController::showActionMenu(const QModelIndex& index, const QPoi
 
 void DocumentListController::loadView() {
     auto* view = new QWidget;
-    view->setAutoFillBackground(true);
-    QPalette palette = view->palette();
-    palette.setColor(QPalette::Window, Qt::white);
-    view->setPalette(palette);
+    fillBackground(view);
     auto* layout = new QVBoxLayout(view);
     layout->setContentsMargins(0, 0, 0, 0);
 

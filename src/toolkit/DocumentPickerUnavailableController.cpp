@@ -1,5 +1,7 @@
 #include "toolkit/DocumentPickerUnavailableController.h"
 
+#include "toolkit/Background.h"
+
 #include "platform/Strings.h"
 #include "toolkit/ToolkitIcons.h"
 
@@ -16,10 +18,7 @@ DocumentPickerUnavailableController::DocumentPickerUnavailableController() {
 void DocumentPickerUnavailableController::loadView() {
     auto* view = new QWidget;
     view->setObjectName(QStringLiteral("documentPickerUnavailable"));
-    view->setAutoFillBackground(true);
-    QPalette palette = view->palette();
-    palette.setColor(QPalette::Window, Qt::white);
-    view->setPalette(palette);
+    fillBackground(view);
 
     auto* layout = new QVBoxLayout(view);
     layout->setContentsMargins(32, 32, 32, 32);

@@ -1,5 +1,7 @@
 #include "toolkit/NavigationController.h"
 
+#include "toolkit/Background.h"
+
 #include "platform/Dispatch.h"
 #include "toolkit/NavigationBar.h"
 #include "toolkit/NavigationControllerDelegate.h"
@@ -42,10 +44,7 @@ NavigationController::~NavigationController() {
 
 void NavigationController::loadView() {
     auto* view = new QWidget;
-    view->setAutoFillBackground(true);
-    QPalette palette = view->palette();
-    palette.setColor(QPalette::Window, Qt::white);
-    view->setPalette(palette);
+    fillBackground(view);
     auto* layout = new QVBoxLayout(view);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);

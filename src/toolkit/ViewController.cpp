@@ -1,5 +1,7 @@
 #include "toolkit/ViewController.h"
 
+#include "toolkit/Background.h"
+
 #include "logging/VLLogging.h"
 #include "toolkit/NavigationController.h"
 #include "toolkit/NavigationItem.h"
@@ -32,10 +34,7 @@ QWidget* ViewController::view() {
 
 void ViewController::loadView() {
     auto* view = new QWidget;
-    view->setAutoFillBackground(true);
-    QPalette palette = view->palette();
-    palette.setColor(QPalette::Window, Qt::white);
-    view->setPalette(palette);
+    fillBackground(view);
     setView(view);
 }
 

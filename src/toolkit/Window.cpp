@@ -1,5 +1,6 @@
 #include "toolkit/Window.h"
 
+#include "toolkit/Background.h"
 #include "toolkit/ViewController.h"
 
 #include <QGuiApplication>
@@ -37,10 +38,7 @@ UserInterfaceIdiom Window::idiomForWidget(const QWidget* widget) {
 
 Window::Window(const QRect& frame) : lastIdiom_(idiomForWidth(frame.width())) {
     setObjectName(QStringLiteral("rootWindow"));
-    setAutoFillBackground(true);
-    QPalette palette = this->palette();
-    palette.setColor(QPalette::Window, Qt::white);
-    setPalette(palette);
+    fillBackground(this);
     setGeometry(frame);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
