@@ -51,6 +51,18 @@ QString logicalPath(const QString& dir, const QString& name) {
     return dir + QLatin1Char('/') + name;
 }
 
+// A fence is posted for every coordinated write; on a memory file system renaming it writes no
+// journal.
+QString fenceParent() {
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    for (const QString& candidate : {runtime, QStringLiteral("/dev/shm")}) {
+        if (!candidate.isEmpty() && ::access(QFile::encodeName(candidate).constData(), W_OK) == 0) {
+            return candidate;
+        }
+    }
+    return QDir::tempPath();
+}
+
 }  // namespace
 
 struct DriveChangeWatcher::Record {
@@ -85,7 +97,7 @@ bool DriveChangeWatcher::start() {
     }
     inotifyFd_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     stopFd_ = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-    QByteArray fenceTemplate = QFile::encodeName(QDir::tempPath() + "/vellora-fences-XXXXXX");
+    QByteArray fenceTemplate = QFile::encodeName(fenceParent() + "/vellora-fences-XXXXXX");
     const bool fenceMade = ::mkdtemp(fenceTemplate.data()) != nullptr;
     if (inotifyFd_ < 0 || stopFd_ < 0 || !fenceMade) {
         VLLOG(3, "Cannot watch the drive at %@: %s", driveRoot_, std::strerror(errno));
@@ -93,7 +105,16 @@ bool DriveChangeWatcher::start() {
         return false;
     }
     fenceDir_ = QFile::decodeName(fenceTemplate);
-    fenceWd_ = ::inotify_add_watch(inotifyFd_, fenceTemplate.constData(), IN_CREATE);
+    fenceWd_ = ::inotify_add_watch(inotifyFd_, fenceTemplate.constData(), IN_MOVED_TO);
+    {
+        const QByteArray fence = fenceTemplate + "/f";
+        const int fd = ::open(fence.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+        if (fd >= 0) {
+            ::close(fd);
+            std::lock_guard lock(fenceMutex_);
+            fenceFile_ = fence;
+        }
+    }
     addWatchTree(driveRoot_, false);
     if (fenceWd_ < 0 || watchPaths_.isEmpty()) {
         VLLOG(3, "Cannot watch the drive at %@: %s", driveRoot_, std::strerror(errno));
@@ -130,8 +151,10 @@ void DriveChangeWatcher::stop() {
         stopFd_ = -1;
     }
     if (!fenceDir_.isEmpty()) {
+        std::lock_guard lock(fenceMutex_);
         QDir(fenceDir_).removeRecursively();
         fenceDir_.clear();
+        fenceFile_.clear();
     }
     watchPaths_.clear();
     batch_.clear();
@@ -151,14 +174,7 @@ quint64 DriveChangeWatcher::beginOwnChanges(const std::vector<QString>& paths) {
 }
 
 void DriveChangeWatcher::endOwnChanges(quint64 id) {
-    if (id == 0) {
-        return;
-    }
-    const QByteArray name = QFile::encodeName(fenceDir_ + "/s" + QString::number(id));
-    const int fd = ::open(name.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
-    if (fd >= 0) {
-        ::close(fd);
-        ::unlink(name.constData());
+    if (id == 0 || postFence('s', id)) {
         return;
     }
     std::lock_guard lock(mutex_);
@@ -174,17 +190,27 @@ void DriveChangeWatcher::waitUntilDelivered() {
         }
         id = nextId_++;
     }
-    const QByteArray name = QFile::encodeName(fenceDir_ + "/b" + QString::number(id));
-    const int fd = ::open(name.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
-    if (fd < 0) {
+    if (!postFence('b', id)) {
         return;
     }
-    ::close(fd);
-    ::unlink(name.constData());
     std::unique_lock lock(mutex_);
     barrierDone_.wait_for(lock, std::chrono::seconds(5),
                           [&] { return !running_ || finishedBarriers_.count(id) > 0; });
     finishedBarriers_.erase(id);
+}
+
+bool DriveChangeWatcher::postFence(char type, quint64 id) {
+    std::lock_guard lock(fenceMutex_);
+    if (fenceFile_.isEmpty()) {
+        return false;
+    }
+    const qsizetype slash = fenceFile_.lastIndexOf('/');
+    const QByteArray name = fenceFile_.left(slash + 1) + type + QByteArray::number(id);
+    if (::rename(fenceFile_.constData(), name.constData()) != 0) {
+        return false;
+    }
+    fenceFile_ = name;
+    return true;
 }
 
 void DriveChangeWatcher::run() {
@@ -236,7 +262,7 @@ void DriveChangeWatcher::handleEvent(int wd, quint32 mask, quint32 cookie, const
         return;
     }
     if (wd == fenceWd_) {
-        if ((mask & IN_CREATE) && !name.isEmpty()) {
+        if ((mask & IN_MOVED_TO) && !name.isEmpty()) {
             handleFence(name);
         }
         return;

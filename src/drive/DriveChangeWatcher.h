@@ -21,9 +21,10 @@ namespace vl {
 // deletion. Events come in bursts and are delivered once a burst is quiet.
 //
 // Changes this process makes through coordination are announced with beginOwnChanges and are not
-// delivered again: endOwnChanges drops a fence file into a private watched folder, and since one
-// inotify queue keeps the order of its events, every event of the own change comes before the
-// fence.
+// delivered again: endOwnChanges renames a fence file inside a private watched folder to a name
+// that carries the change's id, and since one inotify queue keeps the order of its events, every
+// event of the own change comes before the fence. A rename is one system call and makes no inode,
+// which matters when every coordinated write posts a fence.
 class DriveChangeWatcher {
 public:
     using Sink = std::function<void(const DriveChange& change)>;
@@ -61,7 +62,8 @@ private:
     void flush();
     bool isSuppressed(const QString& logicalPath) const;
     void record(int kind, const QString& logicalPath, const QString& newLogicalPath = {});
-    quint64 postFence(char type);
+    // Renames the fence file to <type><id>; false when the watcher has no fence file.
+    bool postFence(char type, quint64 id);
 
     const QString driveRoot_;
     const Sink sink_;
@@ -83,6 +85,9 @@ private:
     std::set<quint64> finishedBarriers_;                   // guarded by mutex_
     quint64 nextId_ = 1;                                   // guarded by mutex_
     bool running_ = false;                                 // guarded by mutex_
+
+    std::mutex fenceMutex_;
+    QByteArray fenceFile_;  // guarded by fenceMutex_: the fence file's current path
 };
 
 }  // namespace vl

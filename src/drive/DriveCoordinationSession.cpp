@@ -137,6 +137,7 @@ std::optional<Error> DriveCoordinationSession::coordinateWriting(
         announcedMoves_.clear();
         writing_ = true;
     }
+    DriveStore::takeMovesMadeOnThisThread();  // made outside this write
     accessor(accessorURL);
     finishWrite(before, deleting, nullptr, nullptr);
     backend_->watcher().endOwnChanges(own);
@@ -161,6 +162,7 @@ std::optional<Error> DriveCoordinationSession::coordinateWriting(
         announcedMoves_.clear();
         writing_ = true;
     }
+    DriveStore::takeMovesMadeOnThisThread();  // made outside this write
     accessor(url1, url2);
     const bool moving = options1 & FileCoordinator::WritingOption::ForMoving;
     const bool deleting = (options1 | options2) & FileCoordinator::WritingOption::ForDeleting;
@@ -178,17 +180,20 @@ void DriveCoordinationSession::finishWrite(const std::vector<Snapshot>& before, 
         announcedMoves_.clear();
         writing_ = false;
     }
+    const std::vector<std::pair<Url, Url>> made = DriveStore::takeMovesMadeOnThisThread();
     std::vector<Url> handled;
-    for (const auto& [from, to] : moves) {
-        if (!itemExists(from) && itemExists(to)) {
-            applyMove(from, to);
+    for (const auto& move : moves) {
+        const auto& [from, to] = move;
+        const bool madeByDrive = std::find(made.begin(), made.end(), move) != made.end();
+        if (madeByDrive || (!itemExists(from) && itemExists(to))) {
+            applyMove(from, to, madeByDrive);
             handled.push_back(from);
             handled.push_back(to);
         }
     }
     if (moves.empty() && movingFrom && before.front().exists && !itemExists(*movingFrom) &&
         itemExists(*movingTo)) {
-        applyMove(*movingFrom, *movingTo);
+        applyMove(*movingFrom, *movingTo, false);
         handled.push_back(*movingFrom);
         handled.push_back(*movingTo);
     }
@@ -227,14 +232,16 @@ void DriveCoordinationSession::finishWrite(const std::vector<Snapshot>& before, 
     }
 }
 
-void DriveCoordinationSession::applyMove(const Url& from, const Url& to) {
+void DriveCoordinationSession::applyMove(const Url& from, const Url& to, bool cloudCopyMoved) {
     DriveStore& store = backend_->store();
-    const std::optional<QString> cloudFrom = store.cloudPathForURL(from);
-    const std::optional<QString> cloudTo = store.cloudPathForURL(to);
     // The promised-item move carries the cloud copy along itself; a plain rename does not.
-    if (cloudFrom && cloudTo && pathExists(*cloudFrom) && !pathExists(*cloudTo)) {
-        if (std::optional<Error> error = store.mirrorLocalMove(from, to)) {
-            VLLOG(4, "Cannot mirror the move of %@ to the cloud: %@", from, *error);
+    if (!cloudCopyMoved) {
+        const std::optional<QString> cloudFrom = store.cloudPathForURL(from);
+        const std::optional<QString> cloudTo = store.cloudPathForURL(to);
+        if (cloudFrom && cloudTo && pathExists(*cloudFrom) && !pathExists(*cloudTo)) {
+            if (std::optional<Error> error = store.mirrorLocalMove(from, to)) {
+                VLLOG(4, "Cannot mirror the move of %@ to the cloud: %@", from, *error);
+            }
         }
     }
     backend_->presenters().deliver(DriveChange::moved(logicalURL(from), logicalURL(to)),
@@ -255,7 +262,7 @@ void DriveCoordinationSession::itemAtURLDidMoveToURL(const Url& oldURL, const Ur
         }
     }
     if (!itemExists(oldURL) && itemExists(newURL)) {
-        applyMove(oldURL, newURL);
+        applyMove(oldURL, newURL, false);
     }
 }
 

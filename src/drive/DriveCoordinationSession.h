@@ -46,7 +46,8 @@ private:
     std::optional<Error> cancelledError(const Url& url) const;
     void finishWrite(const std::vector<Snapshot>& before, bool deleting, const Url* movingFrom,
                      const Url* movingTo);
-    void applyMove(const Url& from, const Url& to);
+    // cloudCopyMoved: the drive's own move made it, cloud copy included.
+    void applyMove(const Url& from, const Url& to, bool cloudCopyMoved);
 
     std::shared_ptr<DriveCoordinationBackend> backend_;
     const FilePresenter* const filePresenter_;

@@ -18,6 +18,7 @@
 #include <unistd.h>
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <ctime>
 
 namespace vl {
@@ -51,6 +52,28 @@ bool lstatPath(const QString& path, struct stat* st) {
 bool pathExists(const QString& path) {
     struct stat st;
     return lstatPath(path, &st);
+}
+
+constexpr std::size_t MaxMovesKept = 16;
+thread_local std::vector<std::pair<Url, Url>> movesMadeOnThisThread;
+
+// rename(2) that never replaces: 0 or the errno. File systems without RENAME_NOREPLACE get a
+// check first, which leaves the usual window between check and rename.
+int renameNoReplace(const QString& from, const QString& to) {
+    const QByteArray source = nativePath(from);
+    const QByteArray target = nativePath(to);
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(),
+                    RENAME_NOREPLACE) == 0) {
+        return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+    struct stat st;
+    if (::lstat(target.constData(), &st) == 0) {
+        return EEXIST;
+    }
+    return ::rename(source.constData(), target.constData()) == 0 ? 0 : errno;
 }
 
 QDateTime dateOf(const struct statx_timestamp& stamp) {
@@ -1306,36 +1329,61 @@ std::optional<Error> DriveStore::movePromisedItem(const Url& source, const Url& 
     if (from.isAncestorOf(to)) {
         return Error::posixError(EINVAL, to.path());
     }
-    if (pathExists(to.path()) || pathExists(DriveHome::placeholderPathFor(to.path()))) {
+    if (pathExists(DriveHome::placeholderPathFor(to.path()))) {
         return Error::fileError(Error::FileWriteFileExists, to.path());
     }
-    const std::optional<QString> fromRelative = relativePath(from);
-    const std::optional<QString> toRelative = relativePath(to);
-    if (pathExists(from.path())) {
-        if (::rename(nativePath(from.path()).constData(), nativePath(to.path()).constData()) != 0) {
-            return Error::posixError(errno, to.path());
+    // The local item first: the rename itself refuses to replace anything at the destination.
+    const int moved = renameNoReplace(from.path(), to.path());
+    if (moved == EEXIST) {
+        return Error::fileError(Error::FileWriteFileExists, to.path());
+    }
+    if (moved != 0 && (moved != ENOENT || pathExists(from.path()))) {
+        return Error::posixError(moved, to.path());
+    }
+    if (moved != 0) {
+        if (std::optional<Error> error = movePlaceholder(from, to)) {
+            return error;
         }
-    } else if (pathExists(DriveHome::placeholderPathFor(from.path()))) {
-        if (!toRelative) {
-            return Error(Error::FileErrorDomain, Error::FeatureUnsupported,
-                         {{Error::FilePathKey, to.path()},
-                          {Error::LocalizedFailureReasonKey,
-                           QStringLiteral("A cloud-only item can't leave the drive.")}});
+    }
+    std::optional<Error> mirrorError = mirrorLocalMove(from, to);
+    if (!mirrorError) {
+        // Only the latest few: a caller outside any coordinated write never takes them.
+        if (movesMadeOnThisThread.size() == MaxMovesKept) {
+            movesMadeOnThisThread.erase(movesMadeOnThisThread.begin());
         }
-        const QString fromPlaceholder = DriveHome::placeholderPathFor(from.path());
-        const QString toPlaceholder = DriveHome::placeholderPathFor(to.path());
-        if (::rename(nativePath(fromPlaceholder).constData(),
-                     nativePath(toPlaceholder).constData()) != 0) {
-            return Error::posixError(errno, to.path());
-        }
-        if (std::optional<PlaceholderFile> record = PlaceholderFile::read(toPlaceholder, nullptr)) {
-            record->name = to.lastPathComponent();
-            record->write(toPlaceholder);
-        }
-    } else {
+        movesMadeOnThisThread.emplace_back(source, destination);
+    }
+    return mirrorError;
+}
+
+std::vector<std::pair<Url, Url>> DriveStore::takeMovesMadeOnThisThread() {
+    return std::exchange(movesMadeOnThisThread, {});
+}
+
+std::optional<Error> DriveStore::movePlaceholder(const Url& from, const Url& to) {
+    const QString fromPlaceholder = DriveHome::placeholderPathFor(from.path());
+    if (!pathExists(fromPlaceholder)) {
         return Error::fileError(Error::FileNoSuchFile, from.path());
     }
-    return mirrorLocalMove(from, to);
+    if (!relativePath(to)) {
+        return Error(Error::FileErrorDomain, Error::FeatureUnsupported,
+                     {{Error::FilePathKey, to.path()},
+                      {Error::LocalizedFailureReasonKey,
+                       QStringLiteral("A cloud-only item can't leave the drive.")}});
+    }
+    if (pathExists(to.path())) {
+        return Error::fileError(Error::FileWriteFileExists, to.path());
+    }
+    const QString toPlaceholder = DriveHome::placeholderPathFor(to.path());
+    if (const int failure = renameNoReplace(fromPlaceholder, toPlaceholder)) {
+        return failure == EEXIST ? Error::fileError(Error::FileWriteFileExists, to.path())
+                                 : Error::posixError(failure, to.path());
+    }
+    if (std::optional<PlaceholderFile> record = PlaceholderFile::read(toPlaceholder, nullptr)) {
+        record->name = to.lastPathComponent();
+        record->write(toPlaceholder);
+    }
+    return std::nullopt;
 }
 
 std::optional<Error> DriveStore::removeItem(const Url& url) {
@@ -1422,14 +1470,21 @@ std::optional<Error> DriveStore::mirrorLocalMove(const Url& source, const Url& d
             VLLOG(4, "Replacing stale cloud copy %@", toCloud);
             removeRecursively(toCloud);
         }
-        if (pathExists(fromCloud)) {
-            QDir().mkpath(parentPath(toCloud));
-            if (::rename(nativePath(fromCloud).constData(), nativePath(toCloud).constData()) == 0) {
-                return std::nullopt;
-            }
-            VLLOG(3, "Failed to move cloud copy %@ to %@: %@", fromCloud, toCloud,
-                  Error::posixError(errno, toCloud));
+        if (!pathExists(fromCloud)) {
+            // The cloud never had this item (another program wrote it into the drive): a move
+            // uploads nothing; its next coordinated change or an eviction does.
+            return std::nullopt;
         }
+        const QByteArray cloudTarget = nativePath(toCloud);
+        if (::rename(nativePath(fromCloud).constData(), cloudTarget.constData()) == 0) {
+            return std::nullopt;
+        }
+        if (errno == ENOENT && QDir().mkpath(parentPath(toCloud)) &&
+            ::rename(nativePath(fromCloud).constData(), cloudTarget.constData()) == 0) {
+            return std::nullopt;
+        }
+        VLLOG(3, "Failed to move cloud copy %@ to %@: %@", fromCloud, toCloud,
+              Error::posixError(errno, toCloud));
         return mirrorLocalChange(destination);
     }
     if (fromRelative) {

@@ -138,6 +138,10 @@ public:
     std::optional<Error> evict(const Url& url);
     // Moves an item, local or cloud-only, and its cloud copy; tags and sharing follow it.
     std::optional<Error> movePromisedItem(const Url& source, const Url& destination);
+    // The moves movePromisedItem made on the calling thread since the last call (the latest few),
+    // as (source, destination) in the order made. A coordinated write that announced one of them
+    // knows it happened, cloud copy included, without looking at the disk again.
+    static std::vector<std::pair<Url, Url>> takeMovesMadeOnThisThread();
     // Removes an item, local or cloud-only, and its cloud copy.
     std::optional<Error> removeItem(const Url& url);
 
@@ -187,6 +191,8 @@ private:
                                                         const QString& placeholderPath,
                                                         ItemAttributeKeys keys, Error* error) const;
     std::optional<Error> copyToCloud(const QString& localPath, const QString& cloudPath) const;
+    // The cloud-only half of movePromisedItem: renames the placeholder of from.
+    std::optional<Error> movePlaceholder(const Url& from, const Url& to);
     std::optional<Error> evictFile(const QString& path);
 
     DriveHome home_;
