@@ -9,6 +9,7 @@
 #include "drive/DriveService.h"
 #include "fileops/FileUtils.h"
 #include "logging/VLLogging.h"
+#include "logging/VLSLSClient.h"
 #include "model/VLItem.h"
 #include "platform/SystemLogService.h"
 
@@ -203,5 +204,7 @@ int main(int argc, char** argv) {
         moved, moveNs / 1e9, moveNs / 1e3 / qMax(moved, 1), int(names.size()), mvNs / 1e9,
         mvNs / 1e3 / qMax<qsizetype>(names.size(), 1),
         double(moveNs) / double(qMax<qint64>(mvNs, 1)));
+    // The moves' log lines go out before the scratch folder holding the log file goes.
+    VLSLSClient::SLSClient()->flush();
     return 0;
 }

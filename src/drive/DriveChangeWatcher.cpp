@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -26,6 +27,7 @@ constexpr quint32 WatchMask = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_T
 // A burst is delivered once no event came for this long, or when it is this old.
 constexpr int QuietMs = 20;
 constexpr qint64 MaxBatchAgeMs = 250;
+constexpr int GatherMs = 2;
 
 enum RecordKind { Created, Deleted, Modified, Moved };
 
@@ -97,9 +99,10 @@ bool DriveChangeWatcher::start() {
     }
     inotifyFd_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     stopFd_ = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    wakeFd_ = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     QByteArray fenceTemplate = QFile::encodeName(fenceParent() + "/vellora-fences-XXXXXX");
     const bool fenceMade = ::mkdtemp(fenceTemplate.data()) != nullptr;
-    if (inotifyFd_ < 0 || stopFd_ < 0 || !fenceMade) {
+    if (inotifyFd_ < 0 || stopFd_ < 0 || wakeFd_ < 0 || !fenceMade) {
         VLLOG(3, "Cannot watch the drive at %@: %s", driveRoot_, std::strerror(errno));
         stop();
         return false;
@@ -140,6 +143,8 @@ void DriveChangeWatcher::stop() {
         std::lock_guard lock(mutex_);
         running_ = false;
         suppressed_.clear();
+        endedIds_.clear();
+        idle_ = false;
         barrierDone_.notify_all();
     }
     if (inotifyFd_ >= 0) {
@@ -150,6 +155,10 @@ void DriveChangeWatcher::stop() {
         ::close(stopFd_);
         stopFd_ = -1;
     }
+    if (wakeFd_ >= 0) {
+        ::close(wakeFd_);
+        wakeFd_ = -1;
+    }
     if (!fenceDir_.isEmpty()) {
         std::lock_guard lock(fenceMutex_);
         QDir(fenceDir_).removeRecursively();
@@ -159,6 +168,7 @@ void DriveChangeWatcher::stop() {
     watchPaths_.clear();
     batch_.clear();
     pendingMoves_.clear();
+    fenceBatches_.clear();
 }
 
 quint64 DriveChangeWatcher::beginOwnChanges(const std::vector<QString>& paths) {
@@ -174,11 +184,26 @@ quint64 DriveChangeWatcher::beginOwnChanges(const std::vector<QString>& paths) {
 }
 
 void DriveChangeWatcher::endOwnChanges(quint64 id) {
-    if (id == 0 || postFence('s', id)) {
+    if (id == 0) {
         return;
     }
-    std::lock_guard lock(mutex_);
-    std::erase_if(suppressed_, [id](const auto& s) { return s.first == id; });
+    bool wake;
+    {
+        std::lock_guard lock(mutex_);
+        if (!running_) {
+            std::erase_if(suppressed_, [id](const auto& s) { return s.first == id; });
+            return;
+        }
+        endedIds_.push_back(id);
+        wake = idle_;
+        idle_ = false;
+    }
+    // The watcher posts the fence itself, one for all the changes that ended meanwhile; it needs
+    // waking only when it sleeps with nothing to do.
+    if (wake) {
+        const quint64 one = 1;
+        [[maybe_unused]] const ssize_t written = ::write(wakeFd_, &one, sizeof one);
+    }
 }
 
 void DriveChangeWatcher::waitUntilDelivered() {
@@ -214,16 +239,27 @@ bool DriveChangeWatcher::postFence(char type, quint64 id) {
 }
 
 void DriveChangeWatcher::run() {
-    pollfd fds[2] = {{inotifyFd_, POLLIN, 0}, {stopFd_, POLLIN, 0}};
+    pollfd fds[3] = {{inotifyFd_, POLLIN, 0}, {stopFd_, POLLIN, 0}, {wakeFd_, POLLIN, 0}};
     for (;;) {
+        const bool fenceDue = postEndedChangesFence();
         const bool pending = !batch_.empty() || !pendingMoves_.empty();
-        const int ready = ::poll(fds, 2, pending ? QuietMs : -1);
+        bool idle;
+        {
+            std::lock_guard lock(mutex_);
+            idle = !pending && !fenceDue && endedIds_.empty();
+            idle_ = idle;
+        }
+        const int ready = ::poll(fds, 3, fenceDue ? GatherMs : pending ? QuietMs : idle ? -1 : 0);
         if (ready < 0 && errno != EINTR) {
             VLLOG(3, "Drive watcher stopped: %s", std::strerror(errno));
             return;
         }
         if (fds[1].revents & POLLIN) {
             return;
+        }
+        if (fds[2].revents & POLLIN) {
+            quint64 count;
+            [[maybe_unused]] const ssize_t read = ::read(wakeFd_, &count, sizeof count);
         }
         if (ready > 0 && (fds[0].revents & POLLIN)) {
             readEvents();
@@ -232,11 +268,42 @@ void DriveChangeWatcher::run() {
                 expireMoves();
                 flush();
             }
-        } else if (ready == 0) {
+            // Let the burst gather: while this thread waits on the stop descriptor alone, a
+            // writer queues its events without paying for waking it.
+            pollfd stop = {stopFd_, POLLIN, 0};
+            if (::poll(&stop, 1, GatherMs) > 0) {
+                return;
+            }
+        } else if (ready == 0 && pending) {
             expireMoves();
             flush();
         }
     }
+}
+
+bool DriveChangeWatcher::postEndedChangesFence() {
+    std::vector<quint64> ended;
+    {
+        std::lock_guard lock(mutex_);
+        ended.swap(endedIds_);
+    }
+    if (ended.empty()) {
+        return !fenceBatches_.empty();
+    }
+    const quint64 fence = nextFence_++;
+    if (!postFence('s', fence)) {
+        releaseOwnChanges(ended);
+        return !fenceBatches_.empty();
+    }
+    fenceBatches_.emplace(fence, std::move(ended));
+    return true;
+}
+
+void DriveChangeWatcher::releaseOwnChanges(const std::vector<quint64>& ids) {
+    std::lock_guard lock(mutex_);
+    std::erase_if(suppressed_, [&ids](const auto& s) {
+        return std::find(ids.begin(), ids.end(), s.first) != ids.end();
+    });
 }
 
 void DriveChangeWatcher::readEvents() {
@@ -329,8 +396,11 @@ void DriveChangeWatcher::handleEvent(int wd, quint32 mask, quint32 cookie, const
 void DriveChangeWatcher::handleFence(const QString& name) {
     const quint64 id = name.mid(1).toULongLong();
     if (name.startsWith(QLatin1Char('s'))) {
-        std::lock_guard lock(mutex_);
-        std::erase_if(suppressed_, [id](const auto& s) { return s.first == id; });
+        const auto batch = fenceBatches_.find(id);
+        if (batch != fenceBatches_.end()) {
+            releaseOwnChanges(batch->second);
+            fenceBatches_.erase(batch);
+        }
     } else if (name.startsWith(QLatin1Char('b'))) {
         expireMoves();
         flush();

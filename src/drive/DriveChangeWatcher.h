@@ -7,6 +7,7 @@
 
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -21,10 +22,11 @@ namespace vl {
 // deletion. Events come in bursts and are delivered once a burst is quiet.
 //
 // Changes this process makes through coordination are announced with beginOwnChanges and are not
-// delivered again: endOwnChanges renames a fence file inside a private watched folder to a name
-// that carries the change's id, and since one inotify queue keeps the order of its events, every
-// event of the own change comes before the fence. A rename is one system call and makes no inode,
-// which matters when every coordinated write posts a fence.
+// delivered again. Once they have ended, the watcher thread renames a fence file inside a private
+// watched folder to a name that carries the fence's number; since one inotify queue keeps the
+// order of its events, every event of the changes that ended before the fence comes before it,
+// and reading the fence lifts their suppression. One fence serves all the writes that ended while
+// the watcher was busy, so a burst of coordinated writes costs the writers no system call here.
 class DriveChangeWatcher {
 public:
     using Sink = std::function<void(const DriveChange& change)>;
@@ -64,12 +66,17 @@ private:
     void record(int kind, const QString& logicalPath, const QString& newLogicalPath = {});
     // Renames the fence file to <type><id>; false when the watcher has no fence file.
     bool postFence(char type, quint64 id);
+    // Watcher thread: posts one fence for the changes that ended since the last one. True while
+    // a fence is on its way.
+    bool postEndedChangesFence();
+    void releaseOwnChanges(const std::vector<quint64>& ids);
 
     const QString driveRoot_;
     const Sink sink_;
     QString fenceDir_;
     int inotifyFd_ = -1;
     int stopFd_ = -1;
+    int wakeFd_ = -1;
     int fenceWd_ = -1;
     std::thread thread_;
 
@@ -78,6 +85,8 @@ private:
     std::vector<Record> batch_;
     std::vector<PendingMove> pendingMoves_;
     qint64 batchStartedMs_ = 0;
+    std::map<quint64, std::vector<quint64>> fenceBatches_;  // fence number to the ids it ends
+    quint64 nextFence_ = 1;
 
     mutable std::mutex mutex_;
     std::condition_variable barrierDone_;
@@ -85,6 +94,8 @@ private:
     std::set<quint64> finishedBarriers_;                   // guarded by mutex_
     quint64 nextId_ = 1;                                   // guarded by mutex_
     bool running_ = false;                                 // guarded by mutex_
+    std::vector<quint64> endedIds_;                        // guarded by mutex_: not yet fenced
+    bool idle_ = false;  // guarded by mutex_: the watcher sleeps until an event or a wake
 
     std::mutex fenceMutex_;
     QByteArray fenceFile_;  // guarded by fenceMutex_: the fence file's current path

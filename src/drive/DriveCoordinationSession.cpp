@@ -62,22 +62,21 @@ std::optional<Error> DriveCoordinationSession::preflight(const std::vector<Url>&
 DriveCoordinationSession::Snapshot DriveCoordinationSession::snapshot(const Url& url) const {
     Snapshot result{url, false, {}};
     struct stat st;
-    QChar which = QLatin1Char('L');
+    qint64 which = 0;
     if (!lstatPath(url.path(), &st)) {
         if (!lstatPath(DriveHome::placeholderPathFor(url.path()), &st)) {
             return result;
         }
-        which = QLatin1Char('P');
+        which = 1;
     }
     result.exists = true;
-    result.signature = QStringLiteral("%1:%2:%3:%4.%5:%6.%7")
-                           .arg(which)
-                           .arg(quint64(st.st_ino))
-                           .arg(qint64(st.st_size))
-                           .arg(qint64(st.st_mtim.tv_sec))
-                           .arg(qint64(st.st_mtim.tv_nsec))
-                           .arg(qint64(st.st_ctim.tv_sec))
-                           .arg(qint64(st.st_ctim.tv_nsec));
+    result.signature = {which,
+                        qint64(st.st_ino),
+                        qint64(st.st_size),
+                        qint64(st.st_mtim.tv_sec),
+                        qint64(st.st_mtim.tv_nsec),
+                        qint64(st.st_ctim.tv_sec),
+                        qint64(st.st_ctim.tv_nsec)};
     return result;
 }
 

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -39,7 +40,8 @@ private:
     struct Snapshot {
         Url url;
         bool exists = false;
-        QString signature;
+        // Which of item and placeholder was found, and its inode, size, mtime and ctime.
+        std::array<qint64, 7> signature{};
     };
     Snapshot snapshot(const Url& url) const;
     std::optional<Error> preflight(const std::vector<Url>& urls) const;

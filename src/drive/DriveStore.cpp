@@ -62,8 +62,8 @@ thread_local std::vector<std::pair<Url, Url>> movesMadeOnThisThread;
 int renameNoReplace(const QString& from, const QString& to) {
     const QByteArray source = nativePath(from);
     const QByteArray target = nativePath(to);
-    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(),
-                    RENAME_NOREPLACE) == 0) {
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) ==
+        0) {
         return 0;
     }
     if (errno != EINVAL && errno != ENOSYS) {
@@ -1096,9 +1096,22 @@ std::optional<Error> DriveStore::setSharedRole(const Url& url, const std::option
 
 void DriveStore::moveMetadata(const QString& fromRelativePath, const QString& toRelativePath) {
     std::lock_guard lock(metadataMutex_);
+    const QString prefix = fromRelativePath + QLatin1Char('/');
+    // Most items have no entry; a record checked a moment ago says so without looking at the
+    // disk. One that has entries is moved on the latest record.
+    refreshMetadataLocked(true);
+    bool any = false;
+    for (auto it = metadata_->entries.constBegin(); it != metadata_->entries.constEnd(); ++it) {
+        if (it.key() == fromRelativePath || it.key().startsWith(prefix)) {
+            any = true;
+            break;
+        }
+    }
+    if (!any) {
+        return;
+    }
     refreshMetadataLocked();
     bool changed = false;
-    const QString prefix = fromRelativePath + QLatin1Char('/');
     for (const QString& key : metadata_->entries.keys()) {
         if (key == fromRelativePath || key.startsWith(prefix)) {
             const QJsonValue value = metadata_->entries.take(key);

@@ -4,7 +4,9 @@
 
 namespace vl {
 
-LogRecordBuffer::LogRecordBuffer(Sender sender) : sender_(sender) {}
+LogRecordBuffer::LogRecordBuffer(Sender sender) : sender_(sender) {
+    VLSLSClient::SLSClient()->setPendingRecordsDrain([this] { drain(); });
+}
 
 void LogRecordBuffer::append(PendingLogRecord&& record) {
     bool submit = false;
@@ -15,7 +17,7 @@ void LogRecordBuffer::append(PendingLogRecord&& record) {
         drainSubmitted_ = true;
     }
     if (submit) {
-        VLSLSClient::SLSClient()->performLoggingBlock([this] { drain(); });
+        VLSLSClient::SLSClient()->performLoggingBlockAfter(GatherTime, [this] { drain(); });
     }
 }
 

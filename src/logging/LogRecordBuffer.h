@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <mutex>
 #include <vector>
 
@@ -24,19 +25,24 @@ struct PendingLogRecord {
 };
 
 // Hands log records to the logging client's queue in batches: the first record of a batch
-// submits one drain block through performLoggingBlock, and the records that arrive before it runs
-// ride along. Records keep their submission order; the caller pays for a short lock and a move,
-// not for a block of its own.
+// submits one drain block through the client, to run a moment later, and the records that arrive
+// before it runs ride along. Records keep their submission order; the caller pays for a short
+// lock and a move, and a burst of records wakes the log queue once rather than once per record.
+// The client's flush() drains at once.
 class LogRecordBuffer {
 public:
     using Sender = void (*)(const PendingLogRecord&);
+    // How long a batch gathers records: short enough that a line reaches the log without a
+    // noticeable delay, long enough to spare a busy caller a thread wake-up per record.
+    static constexpr std::chrono::milliseconds GatherTime{5};
 
     explicit LogRecordBuffer(Sender sender);
     void append(PendingLogRecord&& record);
 
-private:
+    // Sends everything appended so far; runs on the log queue.
     void drain();
 
+private:
     const Sender sender_;
     std::mutex mutex_;
     std::vector<PendingLogRecord> pending_;  // guarded by mutex_

@@ -3,6 +3,7 @@
 #include "logging/VLLogging.h"
 #include "platform/Preferences.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -35,6 +36,7 @@ VLSLSClient::VLSLSClient() {
         setSlsClient(SystemLogService::open(nullptr, Facility, 0));
         setLogLevelFromDefaults();
     });
+    qAddPostRoutine([] { SLSClient()->prepareForExit(); });
 }
 
 VLSLSClient::~VLSLSClient() {
@@ -63,8 +65,35 @@ void VLSLSClient::performLoggingBlock(DispatchBlock block) {
     logQueue_->async(std::move(block));
 }
 
+void VLSLSClient::performLoggingBlockAfter(DispatchDuration delay, DispatchBlock block) {
+    if (exiting_.load(std::memory_order_acquire)) {
+        logQueue_->async(std::move(block));
+    } else {
+        logQueue_->after(delay, std::move(block));
+    }
+}
+
+void VLSLSClient::prepareForExit() {
+    exiting_.store(true, std::memory_order_release);
+    flush();
+}
+
+void VLSLSClient::setPendingRecordsDrain(DispatchBlock drain) {
+    std::lock_guard lock(drainMutex_);
+    pendingRecordsDrain_ = std::move(drain);
+}
+
 void VLSLSClient::flush() {
-    logQueue_->sync([] {});
+    DispatchBlock drain;
+    {
+        std::lock_guard lock(drainMutex_);
+        drain = pendingRecordsDrain_;
+    }
+    logQueue_->sync([&drain] {
+        if (drain) {
+            drain();
+        }
+    });
 }
 
 void VLSLSClient::setLogLevelFromDefaults() {

@@ -6,6 +6,9 @@
 
 #include <QString>
 
+#include <atomic>
+#include <mutex>
+
 namespace vl {
 
 // The shared logging client: owns the serial log queue on which records are built and sent to the
@@ -36,11 +39,20 @@ public:
     int logLevelForSLS() const;
     DispatchQueuePtr logQueue() const { return logQueue_; }
     void performLoggingBlock(DispatchBlock block);
+    // Runs the block after the delay, or at once after prepareForExit().
+    void performLoggingBlockAfter(DispatchDuration delay, DispatchBlock block);
+    // What flush() runs on the log queue to send records still gathering for a later block.
+    void setPendingRecordsDrain(DispatchBlock drain);
     // Re-reads the level from the preference and the marker file; runs on the log queue.
     void setLogLevelFromDefaults();
 
-    // Waits until every block handed to the log queue so far has run.
+    // Waits until every record logged so far has been sent and every block handed to the log
+    // queue so far has run (delayed ones excepted).
     void flush();
+    // Sends what is gathering and hands later records over at once: a record logged while
+    // static objects are torn down must not be sent later, from another thread, in the middle of
+    // that. Runs when the application object goes, at the end of main().
+    void prepareForExit();
 
     // The marker file that forces the maximum level; tests point it elsewhere.
     static QString markerFilePath();
@@ -52,6 +64,9 @@ private:
 
     SystemLogService::Client slsClient_ = nullptr;  // log queue only
     DispatchQueuePtr logQueue_;
+    std::atomic<bool> exiting_{false};
+    std::mutex drainMutex_;
+    DispatchBlock pendingRecordsDrain_;  // guarded by drainMutex_
     // The level itself is logging::clientLevel, so that VLLogIsEnabled() is one comparison.
 };
 

@@ -24,13 +24,13 @@ const ContentTypeRegistry* previewableRegistry = nullptr;  // previewableMutex: 
 
 }  // namespace
 
-bool PreviewCapability::canPreviewItem(const Url& url) {
+bool PreviewCapability::canPreviewItem(const Url& url, std::optional<bool> isFolder) {
     std::shared_ptr<const Predicate> predicate;
     {
         std::lock_guard lock(predicateMutex);
         predicate = installedPredicate;
     }
-    return predicate ? (*predicate)(url) : defaultCanPreviewItem(url);
+    return predicate ? (*predicate)(url) : defaultCanPreviewItem(url, isFolder);
 }
 
 void PreviewCapability::setPredicate(Predicate predicate) {
@@ -39,9 +39,12 @@ void PreviewCapability::setPredicate(Predicate predicate) {
         predicate ? std::make_shared<const Predicate>(std::move(predicate)) : nullptr;
 }
 
-bool PreviewCapability::defaultCanPreviewItem(const Url& url) {
+bool PreviewCapability::defaultCanPreviewItem(const Url& url, std::optional<bool> isFolder) {
     if (url.isEmpty() || !isPreviewableName(url.lastPathComponent())) {
         return false;
+    }
+    if (isFolder) {
+        return !*isFolder;
     }
     // A cloud-only item's logical path does not exist yet; its name alone tells its type.
     struct stat st {};

@@ -3,6 +3,7 @@
 #include "platform/Url.h"
 
 #include <functional>
+#include <optional>
 
 namespace vl {
 
@@ -15,10 +16,11 @@ public:
 
     PreviewCapability() = delete;
 
-    static bool canPreviewItem(const Url& url);
+    // isFolder, when the caller has just read it, spares the default test a look at the disk.
+    static bool canPreviewItem(const Url& url, std::optional<bool> isFolder = std::nullopt);
     // An empty predicate restores the default. Safe from any thread.
     static void setPredicate(Predicate predicate);
-    static bool defaultCanPreviewItem(const Url& url);
+    static bool defaultCanPreviewItem(const Url& url, std::optional<bool> isFolder = std::nullopt);
 
 private:
     // Whether a file of that name is of a previewable type, by its extension.

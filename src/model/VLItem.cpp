@@ -141,7 +141,9 @@ bool VLItem::cacheValues() {
             local = newURL == resolvedURL_ && !resolvedURL_.promisedPhysicalURL() &&
                     values->downloadingStatus != DownloadingStatus::NotDownloaded;
             initFromKeysAndValuesWithURL(*values, newURL);
-            canPreview_ = PreviewCapability::canPreviewItem(resolvedURL_);
+            // A package is a folder on disk, which the preview can't show either.
+            canPreview_ =
+                PreviewCapability::canPreviewItem(resolvedURL_, isDirectory_ || isPackage_);
             tags_ = documents.tagNames(resolvedURL_, nullptr);
         });
     promiseURL_ = local ? resolvedURL_ : documents.physicalURL(resolvedURL_);
