@@ -60,7 +60,7 @@ std::optional<Error> DriveCoordinationSession::preflight(const std::vector<Url>&
 }
 
 DriveCoordinationSession::Snapshot DriveCoordinationSession::snapshot(const Url& url) const {
-    Snapshot result{url, false, {}};
+    Snapshot result{url, true, false, {}};
     struct stat st;
     qint64 which = 0;
     if (!lstatPath(url.path(), &st)) {
@@ -154,7 +154,12 @@ std::optional<Error> DriveCoordinationSession::coordinateWriting(
                                    &holder)) {
         return cancelledError(url1);
     }
-    const std::vector<Snapshot> before{snapshot(url1), snapshot(url2)};
+    const bool moving = options1 & FileCoordinator::WritingOption::ForMoving;
+    // A move is told from what the drive confirms or what is there afterwards. Looking at its
+    // items beforehand would cost a path walk each, for the sake of the rare move that fails.
+    const std::vector<Snapshot> before =
+        moving ? std::vector<Snapshot>{{url1, false, false, {}}, {url2, false, false, {}}}
+               : std::vector<Snapshot>{snapshot(url1), snapshot(url2)};
     const quint64 own = backend_->watcher().beginOwnChanges({url1.path(), url2.path()});
     {
         std::lock_guard lock(movesMutex_);
@@ -163,7 +168,6 @@ std::optional<Error> DriveCoordinationSession::coordinateWriting(
     }
     DriveStore::takeMovesMadeOnThisThread();  // made outside this write
     accessor(url1, url2);
-    const bool moving = options1 & FileCoordinator::WritingOption::ForMoving;
     const bool deleting = (options1 | options2) & FileCoordinator::WritingOption::ForDeleting;
     finishWrite(before, deleting, moving ? &url1 : nullptr, moving ? &url2 : nullptr);
     backend_->watcher().endOwnChanges(own);
@@ -190,8 +194,8 @@ void DriveCoordinationSession::finishWrite(const std::vector<Snapshot>& before, 
             handled.push_back(to);
         }
     }
-    if (moves.empty() && movingFrom && before.front().exists && !itemExists(*movingFrom) &&
-        itemExists(*movingTo)) {
+    if (moves.empty() && movingFrom && (before.front().exists || !before.front().known) &&
+        !itemExists(*movingFrom) && itemExists(*movingTo)) {
         applyMove(*movingFrom, *movingTo, false);
         handled.push_back(*movingFrom);
         handled.push_back(*movingTo);
@@ -203,6 +207,15 @@ void DriveCoordinationSession::finishWrite(const std::vector<Snapshot>& before, 
             continue;
         }
         const Snapshot now = snapshot(was.url);
+        if (!was.known) {
+            // What a move that did not happen left behind may have changed; its presenters
+            // look again.
+            if (now.exists) {
+                backend_->presenters().deliver(DriveChange::changed(logicalURL(was.url)),
+                                               filePresenter_);
+            }
+            continue;
+        }
         const bool inDrive = store.relativePath(was.url).has_value();
         std::optional<DriveChange> change;
         std::optional<Error> mirrorError;

@@ -39,6 +39,8 @@ private:
     // What is known of an item before a write, to tell afterwards what the write did.
     struct Snapshot {
         Url url;
+        // False for the items of a move, which are not looked at beforehand.
+        bool known = true;
         bool exists = false;
         // Which of item and placeholder was found, and its inode, size, mtime and ctime.
         std::array<qint64, 7> signature{};

@@ -139,6 +139,29 @@ TEST_F(DriveStoreTest, PromisedMoveMovesCloudOnlyItemAndItsCloudCopy) {
     EXPECT_TRUE(QFile::exists(other.path()));
 }
 
+TEST_F(DriveStoreTest, MoveCarriesOnlyACloudCopyThereIs) {
+    // Written into the drive by another program: the cloud never had it, and a move uploads
+    // nothing, but a stale copy at the destination goes.
+    writeFile(drive(QStringLiteral("Local.txt")), "local");
+    writeFile(cloud(QStringLiteral("Renamed.txt")), "stale");
+    ASSERT_FALSE(store_->movePromisedItem(store_->driveURL(QStringLiteral("Local.txt")),
+                                          store_->driveURL(QStringLiteral("Renamed.txt"))));
+    EXPECT_EQ(readAll(drive(QStringLiteral("Renamed.txt"))), QByteArray("local"));
+    EXPECT_FALSE(QFile::exists(cloud(QStringLiteral("Local.txt"))));
+    EXPECT_FALSE(QFile::exists(cloud(QStringLiteral("Renamed.txt"))));
+
+    // Eviction then brings the cloud copy up to date before the local one goes.
+    ASSERT_FALSE(store_->evict(store_->driveURL(QStringLiteral("Renamed.txt"))));
+    EXPECT_EQ(readAll(cloud(QStringLiteral("Renamed.txt"))), QByteArray("local"));
+
+    // A mirrored item's copy follows it into a folder the cloud does not have yet.
+    const Url mirrored = import(QStringLiteral("Mirrored.txt"), "m", false);
+    QDir().mkpath(drive(QStringLiteral("New Folder")));
+    ASSERT_FALSE(store_->movePromisedItem(
+        mirrored, store_->driveURL(QStringLiteral("New Folder/Mirrored.txt"))));
+    EXPECT_EQ(readAll(cloud(QStringLiteral("New Folder/Mirrored.txt"))), QByteArray("m"));
+}
+
 TEST_F(DriveStoreTest, EvictThenDownloadGivesTheLastLocalContent) {
     const Url url = import(QStringLiteral("Letter.odt"), "first version", false);
     writeFile(url.path(), "edited locally");  // not mirrored yet

@@ -60,6 +60,54 @@ TEST_F(FilePresenterTest, CoordinatedMoveTellsOtherPresentersOnceAndNotTheCoordi
     EXPECT_TRUE(folder->allOnOwnQueueOffMainThread());
 }
 
+TEST_F(FilePresenterTest, AMoveThatFailsTellsTheSourcesPresentersToLookAgain) {
+    importBytes(QStringLiteral("Plan.odt"), "plan", false);
+    importBytes(QStringLiteral("Taken.odt"), "taken", false);
+    settle();
+    const auto source = presenterOf(QStringLiteral("Plan.odt"));
+
+    FileCoordinator coordinator;
+    std::optional<Error> error;
+    coordinator.coordinateWritingItemAtURL(
+        driveURL(QStringLiteral("Plan.odt")), WritingOption::ForMoving,
+        driveURL(QStringLiteral("Taken.odt")), WritingOption::ForReplacing, &error,
+        [&](const Url& from, const Url& to) {
+            coordinator.itemAtURLWillMoveToURL(from, to);
+            EXPECT_TRUE(store_->movePromisedItem(from, to));
+        });
+    settle();
+    EXPECT_EQ(source->events(), QStringList{QStringLiteral("change")});
+    EXPECT_EQ(readFile(drivePath(QStringLiteral("Taken.odt"))), QByteArray("taken"));
+}
+
+TEST_F(FilePresenterTest, OwnWritesInABurstAreToldOnceAndAnotherProcesssWriteStillArrives) {
+    importBytes(QStringLiteral("Burst.txt"), "0", false);
+    settle();
+    const auto other = presenterOf(QStringLiteral("Burst.txt"));
+    const Url url = driveURL(QStringLiteral("Burst.txt"));
+    constexpr int Writes = 40;
+    for (int i = 1; i <= Writes; ++i) {
+        FileCoordinator coordinator;
+        coordinator.coordinateWritingItemAtURL(url, WritingOption::ForReplacing, nullptr,
+                                               [&](const Url& newURL) {
+                                                   QFile file(newURL.path());
+                                                   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+                                                   file.write(QByteArray::number(i));
+                                               });
+    }
+    settle();  // the watcher saw every one of them and must not tell them again
+    EXPECT_EQ(other->events().size(), Writes);
+
+    // Straight after the burst, a write by someone else is not taken for one of ours.
+    {
+        QFile file(url.path());
+        ASSERT_TRUE(file.open(QIODevice::Append));
+        file.write("elsewhere");
+    }
+    settle();
+    EXPECT_EQ(other->events().size(), Writes + 1);
+}
+
 TEST_F(FilePresenterTest, RemoteRenamesReachPresentersAsMoves) {
     ASSERT_TRUE(QDir().mkpath(drivePath(QStringLiteral("Trips"))));
     importBytes(QStringLiteral("Trips/Rome.jpg"), "rome", false);

@@ -9,12 +9,14 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -232,6 +234,21 @@ TEST_F(VLLoggingTest, RecordsKeepSubmissionOrderPerThread) {
         ++seen;
     }
     EXPECT_EQ(seen, Threads * PerThread);
+}
+
+TEST_F(VLLoggingTest, GatheredRecordsReachTheLogSoonWithoutAFlush) {
+    VLLOG(3, "unflushed line");
+    QElapsedTimer timer;
+    timer.start();
+    QByteArray content;
+    while (!content.contains("unflushed line") && timer.elapsed() < 2000) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        QFile file(logPath());
+        if (file.open(QIODevice::ReadOnly)) {
+            content = file.readAll();
+        }
+    }
+    EXPECT_TRUE(content.contains("unflushed line"));
 }
 
 TEST_F(VLLoggingTest, SelfTestLogsEverySeverityInOrder) {

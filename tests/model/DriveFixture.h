@@ -42,6 +42,8 @@ protected:
     void TearDown() override {
         VLSLSClient::SLSClient()->flush();
         CloudDocuments::setShared(nullptr);
+        // The service logs as its home goes: not into a folder that is about to go.
+        SystemLogService::setLogFilePath(QString());
     }
 
     QString drivePath(const QString& relative) const {

@@ -21,7 +21,11 @@ public:
         SystemLogService::setLogFilePath(dir_.filePath(QStringLiteral("system.log")));
         VLSetLogLevel(7);
     }
-    ~LogCapture() { VLSLSClient::SLSClient()->flush(); }
+    // Later lines go to the default log again, not into a folder that is about to go.
+    ~LogCapture() {
+        VLSLSClient::SLSClient()->flush();
+        SystemLogService::setLogFilePath(QString());
+    }
 
     QStringList messages() const {
         VLSLSClient::SLSClient()->flush();
