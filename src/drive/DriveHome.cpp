@@ -24,7 +24,9 @@ QString DriveHome::defaultPath() {
 }
 
 DriveHome::DriveHome(const QString& rootPath)
-    : root_(QDir::cleanPath(QDir(rootPath).absolutePath())) {}
+    : root_(QDir::cleanPath(QDir(rootPath).absolutePath())),
+      cloud_(root_ + QStringLiteral("/cloud")),
+      drive_(root_ + QStringLiteral("/drive")) {}
 
 QString DriveHome::accountFile() const {
     return root_ + QStringLiteral("/account.json");
@@ -50,21 +52,13 @@ QString DriveHome::containerRecordFile(const QString& identifier) const {
     return containersDir() + QLatin1Char('/') + identifier + QStringLiteral(".json");
 }
 
-QString DriveHome::cloudDir() const {
-    return root_ + QStringLiteral("/cloud");
-}
-
-QString DriveHome::driveDir() const {
-    return root_ + QStringLiteral("/drive");
-}
-
 bool DriveHome::ensureLayout() const {
     QDir dir;
     return dir.mkpath(containersDir()) && dir.mkpath(cloudDir()) && dir.mkpath(driveDir());
 }
 
 std::optional<QString> DriveHome::driveRelativePath(const QString& absolutePath) const {
-    const QString drive = driveDir();
+    const QString& drive = drive_;
     if (absolutePath == drive) {
         return QString();
     }
@@ -104,7 +98,7 @@ std::optional<QString> DriveHome::logicalNameOfPlaceholder(const QString& fileNa
     return fileName.mid(1, fileName.size() - 1 - PlaceholderSuffix.size());
 }
 
-bool DriveHome::isPlaceholderFileName(const QString& fileName) {
+bool DriveHome::isPlaceholderFileName(QStringView fileName) {
     return fileName.size() > 1 + PlaceholderSuffix.size() &&
            fileName.startsWith(kPlaceholderPrefix) && fileName.endsWith(PlaceholderSuffix);
 }

@@ -35,8 +35,8 @@ public:
     QString metadataFile() const;
     QString containersDir() const;
     QString containerRecordFile(const QString& identifier) const;
-    QString cloudDir() const;
-    QString driveDir() const;
+    const QString& cloudDir() const { return cloud_; }
+    const QString& driveDir() const { return drive_; }
 
     // Creates the folders of the layout; false when one can't be made.
     bool ensureLayout() const;
@@ -51,7 +51,7 @@ public:
     static QString downloadFileName(const QString& name);
     // The logical name of a placeholder file name, absent for any other name.
     static std::optional<QString> logicalNameOfPlaceholder(const QString& fileName);
-    static bool isPlaceholderFileName(const QString& fileName);
+    static bool isPlaceholderFileName(QStringView fileName);
     static bool isDownloadFileName(const QString& fileName);
     // Hidden bookkeeping files of the service (placeholders, downloads, temporaries), which
     // listings never show as items.
@@ -65,6 +65,8 @@ public:
 
 private:
     QString root_;
+    QString cloud_;  // looked up for every item, so made once
+    QString drive_;
 };
 
 }  // namespace vl

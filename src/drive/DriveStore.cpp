@@ -56,7 +56,13 @@ bool pathExists(const QString& path) {
 }
 
 constexpr std::size_t MaxMovesKept = 16;
+std::atomic<quint64> nextCachesId{0};
 thread_local std::vector<std::pair<Url, Url>> movesMadeOnThisThread;
+
+// The last component of a path, without copying it: asked of every item read.
+QStringView lastComponentOf(const QString& path) {
+    return QStringView(path).mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
 
 // rename(2) that never replaces: 0 or the errno. File systems without RENAME_NOREPLACE get a
 // check first, which leaves the usual window between check and rename.
@@ -233,6 +239,8 @@ struct DriveStore::Caches {
         QString description;
         bool isPackage = false;
     };
+    // Tells this store's caches from those of a store that lived at the same address before.
+    const quint64 id = nextCachesId.fetch_add(1) + 1;
     std::mutex mutex;
     QHash<QString, TypeInfo> types;  // key: "d:" or "f:" + lower-case extension
     QList<ContainerRecord> containers;
@@ -524,7 +532,7 @@ std::optional<Error> DriveStore::writeKeyValueStore(const QVariantMap& values) {
 // --- Placeholders and promises ---
 
 bool DriveStore::isPlaceholderURL(const Url& url) {
-    return DriveHome::isPlaceholderFileName(url.lastPathComponent());
+    return DriveHome::isPlaceholderFileName(lastComponentOf(url.path()));
 }
 
 Url DriveStore::placeholderURLFor(const Url& logicalURL) {
@@ -622,29 +630,44 @@ void DriveStore::describeType(const QString& name, bool isDirectory, ItemAttribu
         return;
     }
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    const QString extension = dot > 0 ? name.mid(dot + 1).toLower() : QString();
-    const QString key = (isDirectory ? QStringLiteral("d:") : QStringLiteral("f:")) + extension;
-    Caches::TypeInfo info;
-    bool cached = false;
-    {
-        std::lock_guard lock(caches_->mutex);
-        auto found = caches_->types.constFind(key);
-        if (found != caches_->types.constEnd()) {
-            info = *found;
-            cached = true;
+    const QStringView extension = dot > 0 ? QStringView(name).mid(dot + 1) : QStringView();
+    // A folder's items mostly share a few extensions: the last answer on this thread is
+    // usually the one, without building a key or taking the lock.
+    struct LastType {
+        quint64 caches = 0;
+        bool isDirectory = false;
+        QString extension;
+        Caches::TypeInfo info;
+    };
+    thread_local LastType last;
+    if (last.caches != caches_->id || last.isDirectory != isDirectory ||
+        extension.compare(last.extension, Qt::CaseInsensitive) != 0) {
+        last = {caches_->id, isDirectory, extension.toString().toLower(), {}};
+        const QString key =
+            (isDirectory ? QStringLiteral("d:") : QStringLiteral("f:")) + last.extension;
+        bool cached = false;
+        {
+            std::lock_guard lock(caches_->mutex);
+            auto found = caches_->types.constFind(key);
+            if (found != caches_->types.constEnd()) {
+                last.info = *found;
+                cached = true;
+            }
+        }
+        if (!cached) {
+            const ContentTypeRegistry& registry = ContentTypeRegistry::shared();
+            // The type depends on the extension only, so one sample name stands for all.
+            const QString sample = last.extension.isEmpty()
+                                       ? QStringLiteral("item")
+                                       : QStringLiteral("item.") + last.extension;
+            last.info.isPackage = isDirectory && registry.isPackageName(sample);
+            last.info.contentType = registry.identifierForFileName(sample, isDirectory);
+            last.info.description = registry.localizedDescription(last.info.contentType);
+            std::lock_guard lock(caches_->mutex);
+            caches_->types.insert(key, last.info);
         }
     }
-    if (!cached) {
-        const ContentTypeRegistry& registry = ContentTypeRegistry::shared();
-        // The type depends on the extension only, so one sample name stands for all.
-        const QString sample =
-            extension.isEmpty() ? QStringLiteral("item") : QStringLiteral("item.") + extension;
-        info.isPackage = isDirectory && registry.isPackageName(sample);
-        info.contentType = registry.identifierForFileName(sample, isDirectory);
-        info.description = registry.localizedDescription(info.contentType);
-        std::lock_guard lock(caches_->mutex);
-        caches_->types.insert(key, info);
-    }
+    const Caches::TypeInfo& info = last.info;
     if (keys & ItemAttributeKey::ContentType) {
         attributes.contentType = info.contentType;
     }
@@ -817,7 +840,11 @@ std::optional<ItemAttributes> DriveStore::promisedItemAttributes(const Url& url,
 // --- Document references ---
 
 bool DriveStore::isDocumentReferenceURL(const Url& url) {
-    return url.pathExtension() == DriveHome::ReferenceExtension;
+    const QStringView name = lastComponentOf(url.path());
+    const QStringView extension = DriveHome::ReferenceExtension;
+    // As the URL's path extension: after a dot that does not start the name.
+    return name.size() > extension.size() + 1 && name.endsWith(extension) &&
+           name.at(name.size() - extension.size() - 1) == QLatin1Char('.');
 }
 
 std::optional<Url> DriveStore::documentReferenceTarget(const Url& referenceURL,

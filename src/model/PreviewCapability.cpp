@@ -57,7 +57,19 @@ bool PreviewCapability::isPreviewableName(const QString& name) {
     // A type follows from the extension (as the item's own content type does), and a folder
     // holds few extensions: look each one up once. Names without one are looked up in full.
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    const QString key = dot > 0 ? name.mid(dot + 1).toLower() : QString();
+    // The last answer on this thread first: a folder's items mostly share their extension.
+    struct LastAnswer {
+        const ContentTypeRegistry* registry = nullptr;
+        QString extension;
+        bool answer = false;
+    };
+    thread_local LastAnswer last;
+    const QStringView extension = dot > 0 ? QStringView(name).mid(dot + 1) : QStringView();
+    if (!extension.isEmpty() && last.registry == &registry &&
+        extension.compare(last.extension, Qt::CaseInsensitive) == 0) {
+        return last.answer;
+    }
+    const QString key = extension.toString().toLower();
     if (!key.isEmpty()) {
         std::lock_guard lock(previewableMutex);
         if (previewableRegistry != &registry) {
@@ -66,6 +78,7 @@ bool PreviewCapability::isPreviewableName(const QString& name) {
         }
         const auto found = previewableExtensions.constFind(key);
         if (found != previewableExtensions.constEnd()) {
+            last = {&registry, key, *found};
             return *found;
         }
     }
@@ -80,6 +93,7 @@ bool PreviewCapability::isPreviewableName(const QString& name) {
     if (!key.isEmpty()) {
         std::lock_guard lock(previewableMutex);
         previewableExtensions.insert(key, answer);
+        last = {&registry, key, answer};
     }
     return answer;
 }

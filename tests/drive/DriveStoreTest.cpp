@@ -117,6 +117,27 @@ TEST_F(DriveStoreTest, LocalItemsAreCurrentAndNoPromise) {
     EXPECT_EQ(error.code(), Error::FileNoSuchFile);
 }
 
+TEST_F(DriveStoreTest, TypesFollowEachItemsExtensionAndKindInAnyOrder) {
+    const auto typeOf = [&](const QString& relative) {
+        const auto attributes = store_->promisedItemAttributes(
+            store_->driveURL(relative), ItemAttributeKeySets::itemModelKeys(), nullptr);
+        return attributes ? attributes->contentType.value_or(QString()) : QString();
+    };
+    writeFile(drive(QStringLiteral("a.PNG")), "p");
+    writeFile(drive(QStringLiteral("b.png")), "p");
+    writeFile(drive(QStringLiteral("c.txt")), "t");
+    writeFile(drive(QStringLiteral("README")), "r");
+    QDir().mkpath(drive(QStringLiteral("Album.png")));
+    for (int pass = 0; pass < 2; ++pass) {
+        EXPECT_EQ(typeOf(QStringLiteral("a.PNG")), QStringLiteral("image/png"));
+        EXPECT_EQ(typeOf(QStringLiteral("b.png")), QStringLiteral("image/png"));
+        EXPECT_EQ(typeOf(QStringLiteral("Album.png")), ContentTypeRegistry::Folder);
+        EXPECT_EQ(typeOf(QStringLiteral("b.png")), QStringLiteral("image/png"));
+        EXPECT_EQ(typeOf(QStringLiteral("c.txt")), QStringLiteral("text/plain"));
+        EXPECT_NE(typeOf(QStringLiteral("README")), QStringLiteral("text/plain"));
+    }
+}
+
 TEST_F(DriveStoreTest, PromisedMoveMovesCloudOnlyItemAndItsCloudCopy) {
     const Url logical = import(QStringLiteral("Movie.mp4"), QByteArray(300, 'm'), true);
     QDir().mkpath(drive(QStringLiteral("Videos")));
