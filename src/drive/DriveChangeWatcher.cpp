@@ -128,8 +128,10 @@ bool DriveChangeWatcher::start() {
         std::lock_guard lock(mutex_);
         running_ = true;
     }
+    // The watcher thread owns the watches from here on.
+    const int folders = int(watchPaths_.size());
     thread_ = std::thread([this] { run(); });
-    VLLOG(7, "Watching %@ (%d folders)", driveRoot_, int(watchPaths_.size()));
+    VLLOG(7, "Watching %@ (%d folders)", driveRoot_, folders);
     return true;
 }
 
