@@ -15,7 +15,20 @@ namespace {
 std::mutex handOverMutex;
 MainQueuePump* pump = nullptr;  // guarded by handOverMutex; lives as long as the process
 
+void preparePump() {
+    MainQueuePump::prepare();
+}
+
 }  // namespace
+
+Q_COREAPP_STARTUP_FUNCTION(preparePump)
+
+void MainQueuePump::prepare() {
+    std::lock_guard lock(handOverMutex);
+    if (!pump) {
+        pump = new MainQueuePump;
+    }
+}
 
 bool MainQueuePump::post(std::shared_ptr<RealMainQueue> queue, DispatchBlock block) {
     std::lock_guard lock(handOverMutex);

@@ -19,6 +19,10 @@ class MainQueuePump final : public QObject {
 public:
     // False when there is no application object to deliver to.
     static bool post(std::shared_ptr<RealMainQueue> queue, DispatchBlock block);
+    // Makes the pump on the calling thread unless there is one: the application object's
+    // construction does it on the main thread, so that a first block posted from another thread
+    // does not make a QObject there.
+    static void prepare();
 
     // Runs the blocks waiting when it starts, in order; nested event loops inside a block keep
     // draining the same list, so the order holds there too.
