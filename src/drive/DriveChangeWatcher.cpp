@@ -328,6 +328,12 @@ void DriveChangeWatcher::readEvents() {
 void DriveChangeWatcher::handleEvent(int wd, quint32 mask, quint32 cookie, const QString& name) {
     if (mask & IN_Q_OVERFLOW) {
         VLLOG(4, "Drive watcher: event queue overflow, some changes of %@ were missed", driveRoot_);
+        // A fence may have been among the lost events: lift what waits for one rather than
+        // keep those paths quiet for good.
+        for (const auto& [fence, ids] : fenceBatches_) {
+            releaseOwnChanges(ids);
+        }
+        fenceBatches_.clear();
         return;
     }
     if (wd == fenceWd_) {
