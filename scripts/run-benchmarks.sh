@@ -6,7 +6,7 @@ build=${1:-build}
 cd "$(dirname "$0")/.."
 status=0
 for program in "$build"/bench/bench_*; do
-  [ -x "$program" ] || continue
+  [ -f "$program" ] && [ -x "$program" ] || continue
   echo "== $(basename "$program")"
   "$program" || status=1
 done

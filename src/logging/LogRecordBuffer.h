@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <chrono>
+#include <cstddef>
 #include <mutex>
 #include <vector>
 
@@ -24,17 +25,21 @@ struct PendingLogRecord {
     const QString& functionName() const { return staticFunction ? *staticFunction : function; }
 };
 
-// Hands log records to the logging client's queue in batches: the first record of a batch
-// submits one drain block through the client, to run a moment later, and the records that arrive
-// before it runs ride along. Records keep their submission order; the caller pays for a short
-// lock and a move, and a burst of records wakes the log queue once rather than once per record.
-// The client's flush() drains at once.
+// Hands log records to the logging client's queue in batches: a record that finds no drain
+// scheduled submits one through the client, to run a moment later, and the records that arrive
+// before it runs ride along; a batch that grows large is drained at once. Records keep their
+// submission order; the caller pays for a short lock and a move, and a steady trickle of records
+// wakes the log queue once per batch rather than once per record. The client's flush() drains at
+// once.
 class LogRecordBuffer {
 public:
     using Sender = void (*)(const PendingLogRecord&);
     // How long a batch gathers records: short enough that a line reaches the log without a
     // noticeable delay, long enough to spare a busy caller a thread wake-up per record.
     static constexpr std::chrono::milliseconds GatherTime{5};
+    // A batch this large goes at once: a flood of records gains nothing from waiting, and a
+    // growing batch costs its caller the moves of reallocation.
+    static constexpr std::size_t BatchLimit = 64;
 
     explicit LogRecordBuffer(Sender sender);
     void append(PendingLogRecord&& record);
@@ -46,8 +51,11 @@ private:
     const Sender sender_;
     std::mutex mutex_;
     std::vector<PendingLogRecord> pending_;  // guarded by mutex_
-    std::vector<PendingLogRecord> spare_;    // guarded by mutex_: the last batch's storage
-    bool drainSubmitted_ = false;            // guarded by mutex_
+    std::vector<PendingLogRecord> spare_;    // guarded by mutex_: an empty batch's storage
+    std::vector<PendingLogRecord> sent_;     // guarded by mutex_: sent, waiting to be freed
+    std::mutex exitMutex_;                   // serialises the records sent while exiting
+    bool timedDrainPending_ = false;         // guarded by mutex_
+    bool promptDrainSubmitted_ = false;      // guarded by mutex_
 };
 
 }  // namespace vl

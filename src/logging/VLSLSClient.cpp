@@ -66,11 +66,7 @@ void VLSLSClient::performLoggingBlock(DispatchBlock block) {
 }
 
 void VLSLSClient::performLoggingBlockAfter(DispatchDuration delay, DispatchBlock block) {
-    if (exiting_.load(std::memory_order_acquire)) {
-        logQueue_->async(std::move(block));
-    } else {
-        logQueue_->after(delay, std::move(block));
-    }
+    logQueue_->after(delay, std::move(block));
 }
 
 void VLSLSClient::prepareForExit() {

@@ -39,7 +39,6 @@ public:
     int logLevelForSLS() const;
     DispatchQueuePtr logQueue() const { return logQueue_; }
     void performLoggingBlock(DispatchBlock block);
-    // Runs the block after the delay, or at once after prepareForExit().
     void performLoggingBlockAfter(DispatchDuration delay, DispatchBlock block);
     // What flush() runs on the log queue to send records still gathering for a later block.
     void setPendingRecordsDrain(DispatchBlock drain);
@@ -49,10 +48,11 @@ public:
     // Waits until every record logged so far has been sent and every block handed to the log
     // queue so far has run (delayed ones excepted).
     void flush();
-    // Sends what is gathering and hands later records over at once: a record logged while
-    // static objects are torn down must not be sent later, from another thread, in the middle of
-    // that. Runs when the application object goes, at the end of main().
+    // Sends what is gathering; later records are sent on the thread that logs them: a record
+    // logged while static objects are torn down must not be sent from another thread in the
+    // middle of that. Runs when the application object goes, at the end of main().
     void prepareForExit();
+    bool isExiting() const { return exiting_.load(std::memory_order_acquire); }
 
     // The marker file that forces the maximum level; tests point it elsewhere.
     static QString markerFilePath();

@@ -1,6 +1,7 @@
 #include "platform/Dispatch.h"
 
 #include "platform/RealDispatcher.h"
+#include "platform/RealMainQueue.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -99,6 +100,15 @@ DispatchTime timeAfter(DispatchDuration delay) {
 }
 
 DispatchQueue* currentQueue() {
+    if (DispatchQueue* queue = CurrentQueueScope::current()) {
+        return queue;
+    }
+    // A thread that runs no queue's block and is not the main thread belongs to no queue. It
+    // need not ask the dispatcher, which a test may be replacing while, say, a watcher thread
+    // logs.
+    if (!RealMainQueue::isMainThread()) {
+        return nullptr;
+    }
     return dispatcher().currentQueue();
 }
 

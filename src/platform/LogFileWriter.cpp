@@ -1,13 +1,33 @@
 #include "platform/LogFileWriter.h"
 
+#include <QDateTime>
 #include <QDir>
-#include <QFileInfo>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <cerrno>
 
 namespace vl {
+
+namespace {
+
+constexpr qint64 PathCheckIntervalMs = 1000;
+
+// mkdir -p of the folder holding `file`, with plain system calls: a record logged as the process
+// ends may get here after Qt's own statics are gone.
+void makeParentFolders(const QByteArray& file) {
+    QByteArray folder = file.left(file.lastIndexOf('/'));
+    for (qsizetype slash = folder.indexOf('/', 1); slash != -1;
+         slash = folder.indexOf('/', slash + 1)) {
+        folder[slash] = '\0';
+        ::mkdir(folder.constData(), 0700);
+        folder[slash] = '/';
+    }
+    ::mkdir(folder.constData(), 0700);
+}
+
+}  // namespace
 
 QString LogFileWriter::defaultPath() {
     QString stateHome = qEnvironmentVariable("XDG_STATE_HOME");
@@ -27,23 +47,50 @@ void LogFileWriter::setPath(const QString& path) {
     path_ = path;
 }
 
-bool LogFileWriter::append(const QByteArray& line) const {
-    // Opened for each line: the file may be rotated or removed between records, and the path
-    // follows the environment.
-    const QByteArray file = QFile::encodeName(path());
-    int fd = ::open(file.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
-    if (fd < 0 && errno == ENOENT) {
-        QDir().mkpath(QFileInfo(QFile::decodeName(file)).absolutePath());
-        fd = ::open(file.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+LogFileWriter::~LogFileWriter() {
+    if (fd_ >= 0) {
+        ::close(fd_);
     }
-    if (fd < 0) {
+}
+
+bool LogFileWriter::openFileWasReplacedLocked() const {
+    struct stat open;
+    if (::fstat(fd_, &open) != 0 || open.st_nlink == 0) {
+        return true;
+    }
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (now - pathCheckedMs_ < PathCheckIntervalMs) {
         return false;
+    }
+    pathCheckedMs_ = now;
+    struct stat named;
+    return ::stat(openPath_.constData(), &named) != 0 || named.st_ino != open.st_ino ||
+           named.st_dev != open.st_dev;
+}
+
+bool LogFileWriter::append(const QByteArray& line) const {
+    const QByteArray file = QFile::encodeName(path());
+    std::lock_guard lock(fileMutex_);
+    if (fd_ >= 0 && (file != openPath_ || openFileWasReplacedLocked())) {
+        ::close(fd_);
+        fd_ = -1;
+    }
+    if (fd_ < 0) {
+        fd_ = ::open(file.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+        if (fd_ < 0 && errno == ENOENT) {
+            makeParentFolders(file);
+            fd_ = ::open(file.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+        }
+        if (fd_ < 0) {
+            return false;
+        }
+        openPath_ = file;
+        pathCheckedMs_ = QDateTime::currentMSecsSinceEpoch();
     }
     ssize_t written;
     do {
-        written = ::write(fd, line.constData(), size_t(line.size()));
+        written = ::write(fd_, line.constData(), size_t(line.size()));
     } while (written < 0 && errno == EINTR);
-    ::close(fd);
     return written == line.size();
 }
 

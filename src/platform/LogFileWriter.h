@@ -8,9 +8,17 @@
 namespace vl {
 
 // Appends lines to the system log file. Each line goes out in one write() on a descriptor opened
-// with O_APPEND, so lines of other threads and processes never interleave with it. Thread-safe.
+// with O_APPEND, so lines of other threads and processes never interleave with it. The descriptor
+// stays open between lines; it is opened again when the path changes, when the file was removed
+// (looked at before every line) and when another file took its name (looked at once a second,
+// which is when a log rotated by renaming is noticed). Thread-safe.
 class LogFileWriter {
 public:
+    LogFileWriter() = default;
+    ~LogFileWriter();
+    LogFileWriter(const LogFileWriter&) = delete;
+    LogFileWriter& operator=(const LogFileWriter&) = delete;
+
     // $XDG_STATE_HOME/com.tessaly.VelloraApp/system.log, XDG_STATE_HOME defaulting to
     // ~/.local/state; read from the environment at each call.
     static QString defaultPath();
@@ -22,8 +30,16 @@ public:
     bool append(const QByteArray& line) const;
 
 private:
+    // Whether the open file is no longer the one at its path.
+    bool openFileWasReplacedLocked() const;
+
     mutable std::mutex mutex_;
     QString path_;  // guarded by mutex_; empty for the default path
+
+    mutable std::mutex fileMutex_;
+    mutable int fd_ = -1;               // guarded by fileMutex_
+    mutable QByteArray openPath_;       // guarded by fileMutex_
+    mutable qint64 pathCheckedMs_ = 0;  // guarded by fileMutex_
 };
 
 }  // namespace vl

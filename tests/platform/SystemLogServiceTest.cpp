@@ -10,6 +10,7 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <thread>
 #include <vector>
@@ -186,6 +187,26 @@ TEST_F(SystemLogServiceTest, LinesOfConcurrentSendersNeverInterleave) {
         const QJsonObject object = QJsonDocument::fromJson(line).object();
         ASSERT_EQ(object.value(QStringLiteral("Message")).toString(), filler);
     }
+}
+
+TEST_F(SystemLogServiceTest, LinesFollowTheFileWhenItIsRemovedRotatedOrMoved) {
+    send({{"Level", QStringLiteral("3")}, {"Message", QStringLiteral("one")}});
+    ASSERT_TRUE(QFile::remove(sls::logFilePath()));
+    send({{"Level", QStringLiteral("3")}, {"Message", QStringLiteral("two")}});
+    ASSERT_EQ(lines().size(), 1);  // a new file, at once
+
+    // A log rotated by renaming is noticed within a second.
+    const QString rotated = sls::logFilePath() + QStringLiteral(".1");
+    ASSERT_TRUE(QFile::rename(sls::logFilePath(), rotated));
+    QThread::msleep(1100);
+    send({{"Level", QStringLiteral("3")}, {"Message", QStringLiteral("three")}});
+    ASSERT_EQ(lines().size(), 1);
+    EXPECT_TRUE(lines().first().contains("three"));
+
+    sls::setLogFilePath(dir_.filePath(QStringLiteral("elsewhere.log")));
+    send({{"Level", QStringLiteral("3")}, {"Message", QStringLiteral("four")}});
+    EXPECT_EQ(lines().size(), 1);
+    EXPECT_TRUE(lines().first().contains("four"));
 }
 
 TEST(SystemLogPaths, DefaultLogFileIsInTheStateDirectory) {
