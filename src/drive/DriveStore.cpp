@@ -42,8 +42,9 @@ qint64 coarseNow() {
     return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
 }
 
+// What QFile::encodeName gives on Linux, without its detour: every item read encodes its path.
 QByteArray nativePath(const QString& path) {
-    return QFile::encodeName(path);
+    return path.toUtf8();
 }
 
 bool lstatPath(const QString& path, struct stat* st) {

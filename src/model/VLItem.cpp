@@ -14,6 +14,7 @@
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
+#include <array>
 #include <stdexcept>
 
 namespace vl {
@@ -209,9 +210,21 @@ bool VLItem::isPromise() const {
 QString VLItem::friendlyByteCount(quint64 bytes) {
     const QLocale locale;
     if (bytes < 1000) {
-        // Qt's formatter says "1 bytes".
-        return bytes == 1 ? QStringLiteral("1 byte")
-                          : QStringLiteral("%1 bytes").arg(locale.toString(bytes));
+        // Small files are many, and formatting a number in the system locale is slow: the texts
+        // are kept per thread until the locale changes.
+        thread_local QLocale textsLocale = QLocale::c();
+        thread_local std::array<QString, 1000> texts;
+        if (locale != textsLocale) {
+            textsLocale = locale;
+            texts.fill(QString());
+        }
+        QString& text = texts[bytes];
+        if (text.isNull()) {
+            // Qt's formatter says "1 bytes".
+            text = bytes == 1 ? QStringLiteral("1 byte")
+                              : QStringLiteral("%1 bytes").arg(locale.toString(bytes));
+        }
+        return text;
     }
     return locale.formattedDataSize(qint64(bytes), 1, QLocale::DataSizeSIFormat);
 }

@@ -212,6 +212,12 @@ TEST_F(VLItemTest, FriendlyTextsFollowTheLocale) {
     EXPECT_EQ(VLItem::friendlyByteCount(1), QStringLiteral("1 byte"));
     EXPECT_EQ(VLItem::friendlyByteCount(999), QStringLiteral("999 bytes"));
     EXPECT_EQ(VLItem::friendlyByteCount(2500000), QStringLiteral("2.5 MB"));
+    // A change of locale is seen at once, also by the small sizes' texts kept per thread.
+    const QLocale previous;
+    QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt));
+    EXPECT_NE(VLItem::friendlyByteCount(999), QStringLiteral("999 bytes"));
+    QLocale::setDefault(previous);
+    EXPECT_EQ(VLItem::friendlyByteCount(999), QStringLiteral("999 bytes"));
 
     const QDateTime date(QDate(2015, 10, 23), QTime(18, 29, 47));
     const std::optional<QString> longText = VLItem::friendlyDateStyle(date, VLItem::DateStyleLong);
