@@ -3,7 +3,7 @@
 //    loop over the same folder (target: at most 3 times the stat loop);
 //  - FileUtils::moveTo of M files (default 10,000) into another folder against mv(1) moving the
 //    same number of files between two other folders (target: at most 2 times mv).
-// Each side runs three times, alternating with the other, and its best time counts.
+// Each side runs five times, alternating with the other, and its best time counts.
 //
 //   bench_items [--items N] [--moves M] [--dir PARENT]
 
@@ -35,7 +35,7 @@ using namespace vl;
 
 namespace {
 
-constexpr int Rounds = 3;
+constexpr int Rounds = 5;
 
 bool makeFiles(const QString& folder, int count, const char* prefix) {
     QDir().mkpath(folder);
