@@ -60,11 +60,6 @@ constexpr std::size_t MaxMovesKept = 16;
 std::atomic<quint64> nextCachesId{0};
 thread_local std::vector<std::pair<Url, Url>> movesMadeOnThisThread;
 
-// The last component of a path, without copying it: asked of every item read.
-QStringView lastComponentOf(const QString& path) {
-    return QStringView(path).mid(path.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
 // rename(2) that never replaces: 0 or the errno. File systems without RENAME_NOREPLACE get a
 // check first, which leaves the usual window between check and rename.
 int renameNoReplace(const QString& from, const QString& to) {
@@ -533,7 +528,7 @@ std::optional<Error> DriveStore::writeKeyValueStore(const QVariantMap& values) {
 // --- Placeholders and promises ---
 
 bool DriveStore::isPlaceholderURL(const Url& url) {
-    return DriveHome::isPlaceholderFileName(lastComponentOf(url.path()));
+    return DriveHome::isPlaceholderFileName(url.lastPathComponentView());
 }
 
 Url DriveStore::placeholderURLFor(const Url& logicalURL) {
@@ -841,7 +836,7 @@ std::optional<ItemAttributes> DriveStore::promisedItemAttributes(const Url& url,
 // --- Document references ---
 
 bool DriveStore::isDocumentReferenceURL(const Url& url) {
-    const QStringView name = lastComponentOf(url.path());
+    const QStringView name = url.lastPathComponentView();
     const QStringView extension = DriveHome::ReferenceExtension;
     // As the URL's path extension: after a dot that does not start the name.
     return name.size() > extension.size() + 1 && name.endsWith(extension) &&

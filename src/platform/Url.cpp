@@ -51,10 +51,14 @@ QString Url::description() const {
 }
 
 QString Url::lastPathComponent() const {
+    return lastPathComponentView().toString();
+}
+
+QStringView Url::lastPathComponentView() const {
     if (path_ == QLatin1String("/")) {
         return path_;
     }
-    return path_.mid(path_.lastIndexOf(QLatin1Char('/')) + 1);
+    return QStringView(path_).mid(path_.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
 QString Url::pathExtension() const {

@@ -37,6 +37,8 @@ public:
     bool hasDirectoryPath() const { return isDirectory_; }
 
     QString lastPathComponent() const;
+    // The same without a copy, valid while this URL lives.
+    QStringView lastPathComponentView() const;
     // The extension without its dot; empty when the last component has none (".profile" and
     // "name." have none either).
     QString pathExtension() const;
