@@ -58,6 +58,21 @@ public:
         return add(path, cloudOnly);
     }
 
+    struct TextFile {
+        const char* path;  // UTF-8
+        const char* content;
+        bool cloudOnly = false;
+    };
+    std::optional<QString> texts(std::initializer_list<TextFile> files) {
+        for (const TextFile& file : files) {
+            if (auto error = text(QString::fromUtf8(file.path), QString::fromUtf8(file.content),
+                                  file.cloudOnly)) {
+                return error;
+            }
+        }
+        return std::nullopt;
+    }
+
     std::optional<QString> picture(const QString& path, Scene scene, QSize size,
                                    const QString& caption, bool cloudOnly = false) {
         const char* format = path.endsWith(QLatin1String(".png")) ? "PNG" : "JPEG";
@@ -282,15 +297,39 @@ std::optional<QString> SeedDemoCommand::seed(ToolContext& context, const QString
          }},
         {"documents",
          [](Seeder& s) -> std::optional<QString> {
-             if (auto e =
-                     s.text(QStringLiteral("Welcome.md"),
-                            QStringLiteral(
-                                "# Welcome to your Vellora drive\n\n"
-                                "Your folders and files live here and on all your devices.\n\n"
-                                "- **Documents**: reports, lists and letters\n"
-                                "- **Photos**, **Music** and **Videos**\n"
-                                "- App libraries: *Writer*, *Photo Studio* and *Notes*\n\n"
-                                "Items with a cloud badge are downloaded when you open them.\n"))) {
+             if (auto e = s.texts({
+                     {"Welcome.md",
+                      "# Welcome to your Vellora drive\n\n"
+                      "Your folders and files live here and on all your devices.\n\n"
+                      "- **Documents**: reports, lists and letters\n"
+                      "- **Photos**, **Music** and **Videos**\n"
+                      "- App libraries: *Writer*, *Photo Studio* and *Notes*\n\n"
+                      "Items with a cloud badge are downloaded when you open them.\n"},
+                     {"Documents/Reading List.md",
+                      "# Reading list\n\n1. The Left Hand of Darkness\n"
+                      "2. A Pattern Language\n3. The Overstory\n4. Thinking in Systems\n"},
+                     {"Documents/Packing List.txt",
+                      "Passport\nCharger\nRain jacket\nWalking shoes\nSunscreen\n"
+                      "Book for the train\n"},
+                     {"Documents/Trip Plan.md",
+                      "# Lisbon, 12-16 May\n\n| Day | Plan |\n|---|---|\n"
+                      "| Mon | Arrive, Alfama walk |\n| Tue | Belém, Tile museum |\n"
+                      "| Wed | Sintra |\n| Thu | LX Factory, sunset at the Miradouro |\n"
+                      "\nShared by Ana.\n"},
+                     {"Documents/Budget 2024.csv",
+                      "Month,Income,Expenses\nJanuary,4200,3100\nFebruary,4200,2950\n"
+                      "March,4350,3300\n"},
+                     {"Documents/Letters/Letter to Ana.txt",
+                      "Dear Ana,\n\nThank you for the wonderful weekend. The photos are in our "
+                      "shared folder.\n\nLove,\nSam\n"},
+                     {"Work/Projects/Roadmap.md",
+                      "# Roadmap\n\n## Q3\n- Offline folders\n- Faster search\n\n## Q4\n"
+                      "- Sharing sheet\n"},
+                     {"Work/Meeting Notes.txt",
+                      "Standup, Monday\n- Release candidate on Thursday\n"
+                      "- Sam reviews the download screen\n",
+                      true},
+                 })) {
                  return e;
              }
              QStringList pages;
@@ -301,54 +340,10 @@ std::optional<QString> SeedDemoCommand::seed(ToolContext& context, const QString
                                 QStringLiteral("Quarterly Report"), pages)) {
                  return e;
              }
-             if (auto e = s.text(QStringLiteral("Documents/Reading List.md"),
-                                 QStringLiteral("# Reading list\n\n1. The Left Hand of Darkness\n"
-                                                "2. A Pattern Language\n3. The Overstory\n"
-                                                "4. Thinking in Systems\n"))) {
-                 return e;
-             }
-             if (auto e = s.text(QStringLiteral("Documents/Packing List.txt"),
-                                 QStringLiteral("Passport\nCharger\nRain jacket\nWalking shoes\n"
-                                                "Sunscreen\nBook for the train\n"))) {
-                 return e;
-             }
-             if (auto e = s.text(QStringLiteral("Documents/Trip Plan.md"),
-                                 QStringLiteral("# Lisbon, 12-16 May\n\n"
-                                                "| Day | Plan |\n|---|---|\n"
-                                                "| Mon | Arrive, Alfama walk |\n"
-                                                "| Tue | Belém, Tile museum |\n"
-                                                "| Wed | Sintra |\n"
-                                                "| Thu | LX Factory, sunset at the Miradouro |\n"
-                                                "\nShared by Ana.\n"))) {
-                 return e;
-             }
-             if (auto e = s.text(QStringLiteral("Documents/Budget 2024.csv"),
-                                 QStringLiteral("Month,Income,Expenses\nJanuary,4200,3100\n"
-                                                "February,4200,2950\nMarch,4350,3300\n"))) {
-                 return e;
-             }
-             if (auto e = s.text(QStringLiteral("Documents/Letters/Letter to Ana.txt"),
-                                 QStringLiteral("Dear Ana,\n\nThank you for the wonderful "
-                                                "weekend. The photos are in our shared "
-                                                "folder.\n\nLove,\nSam\n"))) {
-                 return e;
-             }
-             if (auto e = s.openDocument(QStringLiteral("Work/Meeting Agenda.odt"),
-                                         QStringLiteral("Meeting agenda"),
-                                         {QStringLiteral("1. Release status"),
-                                          QStringLiteral("2. Download screen review"),
-                                          QStringLiteral("3. Any other business")})) {
-                 return e;
-             }
-             if (auto e = s.text(QStringLiteral("Work/Projects/Roadmap.md"),
-                                 QStringLiteral("# Roadmap\n\n## Q3\n- Offline folders\n"
-                                                "- Faster search\n\n## Q4\n- Sharing sheet\n"))) {
-                 return e;
-             }
-             return s.text(QStringLiteral("Work/Meeting Notes.txt"),
-                           QStringLiteral("Standup, Monday\n- Release candidate on Thursday\n"
-                                          "- Sam reviews the download screen\n"),
-                           true);
+             return s.openDocument(
+                 QStringLiteral("Work/Meeting Agenda.odt"), QStringLiteral("Meeting agenda"),
+                 {QStringLiteral("1. Release status"), QStringLiteral("2. Download screen review"),
+                  QStringLiteral("3. Any other business")});
          }},
         {"media",
          [](Seeder& s) -> std::optional<QString> {
@@ -388,20 +383,18 @@ std::optional<QString> SeedDemoCommand::seed(ToolContext& context, const QString
          }},
         {"library contents",
          [](Seeder& s) -> std::optional<QString> {
-             if (auto e = s.text(QStringLiteral("Writer/Novel Outline.txt"),
-                                 QStringLiteral("Part one: the lighthouse\nPart two: the storm\n"
-                                                "Part three: the return\n"))) {
-                 return e;
-             }
-             if (auto e = s.text(QStringLiteral("Writer/Drafts/Chapter 1.md"),
-                                 QStringLiteral("# Chapter 1\n\nThe lamp had not been lit for "
-                                                "eleven years when Mara climbed the stairs.\n"))) {
-                 return e;
-             }
-             if (auto e = s.text(QStringLiteral("Writer/Drafts/Chapter 2.md"),
-                                 QStringLiteral("# Chapter 2\n\nBy morning the sea had taken "
-                                                "the jetty.\n"),
-                                 true)) {
+             if (auto e = s.texts({
+                     {"Writer/Novel Outline.txt",
+                      "Part one: the lighthouse\nPart two: the storm\nPart three: the return\n"},
+                     {"Writer/Drafts/Chapter 1.md",
+                      "# Chapter 1\n\nThe lamp had not been lit for eleven years when Mara "
+                      "climbed the stairs.\n"},
+                     {"Writer/Drafts/Chapter 2.md",
+                      "# Chapter 2\n\nBy morning the sea had taken the jetty.\n", true},
+                     {"Notes/Shopping.txt", "Bread\nOlive oil\nTomatoes\nCoffee\n"},
+                     {"Notes/Ideas.md",
+                      "# Ideas\n\n- A map of every bakery in town\n- Learn to sail\n", true},
+                 })) {
                  return e;
              }
              if (auto e = s.openDocument(QStringLiteral("Writer/Synopsis.odt"),
@@ -416,19 +409,8 @@ std::optional<QString> SeedDemoCommand::seed(ToolContext& context, const QString
                                     QSize(1024, 768), QStringLiteral("Summer collage"))) {
                  return e;
              }
-             if (auto e = s.picture(QStringLiteral("Photo Studio/Edits/Beach Retouched.jpg"),
-                                    Scene::Beach, QSize(1600, 1000),
-                                    QStringLiteral("Beach, retouched"))) {
-                 return e;
-             }
-             if (auto e = s.text(QStringLiteral("Notes/Shopping.txt"),
-                                 QStringLiteral("Bread\nOlive oil\nTomatoes\nCoffee\n"))) {
-                 return e;
-             }
-             return s.text(QStringLiteral("Notes/Ideas.md"),
-                           QStringLiteral("# Ideas\n\n- A map of every bakery in town\n"
-                                          "- Learn to sail\n"),
-                           true);
+             return s.picture(QStringLiteral("Photo Studio/Edits/Beach Retouched.jpg"),
+                              Scene::Beach, QSize(1600, 1000), QStringLiteral("Beach, retouched"));
          }},
         {"sharing, references and tags",
          [](Seeder& s) -> std::optional<QString> {
