@@ -170,6 +170,7 @@ void DriveChangeWatcher::stop() {
     watchPaths_.clear();
     batch_.clear();
     pendingMoves_.clear();
+    std::lock_guard lock(mutex_);
     fenceBatches_.clear();
 }
 
@@ -217,7 +218,9 @@ void DriveChangeWatcher::waitUntilDelivered() {
         }
         id = nextId_++;
     }
-    if (!postFence('b', id)) {
+    // The barrier also fences the changes that ended before it: a caller that waits for
+    // delivery must not find its own finished writes still hiding other processes' events.
+    if (!postFence('b', id, true)) {
         return;
     }
     std::unique_lock lock(mutex_);
@@ -226,17 +229,29 @@ void DriveChangeWatcher::waitUntilDelivered() {
     finishedBarriers_.erase(id);
 }
 
-bool DriveChangeWatcher::postFence(char type, quint64 id) {
-    std::lock_guard lock(fenceMutex_);
-    if (fenceFile_.isEmpty()) {
+bool DriveChangeWatcher::postFence(char type, quint64 id, bool forBarrier) {
+    // Taking the ended ids and renaming happen under one lock, so fences reach the queue in the
+    // order their batches were taken.
+    std::lock_guard fenceLock(fenceMutex_);
+    std::vector<quint64> ended;
+    {
+        std::lock_guard lock(mutex_);
+        ended.swap(endedIds_);
+    }
+    if (ended.empty() && !forBarrier) {
         return false;
     }
     const qsizetype slash = fenceFile_.lastIndexOf('/');
     const QByteArray name = fenceFile_.left(slash + 1) + type + QByteArray::number(id);
-    if (::rename(fenceFile_.constData(), name.constData()) != 0) {
+    if (fenceFile_.isEmpty() || ::rename(fenceFile_.constData(), name.constData()) != 0) {
+        releaseOwnChanges(ended);
         return false;
     }
     fenceFile_ = name;
+    if (!ended.empty()) {
+        std::lock_guard lock(mutex_);
+        fenceBatches_.emplace(id, std::move(ended));
+    }
     return true;
 }
 
@@ -284,24 +299,23 @@ void DriveChangeWatcher::run() {
 }
 
 bool DriveChangeWatcher::postEndedChangesFence() {
-    std::vector<quint64> ended;
+    quint64 id;
     {
         std::lock_guard lock(mutex_);
-        ended.swap(endedIds_);
+        if (endedIds_.empty()) {
+            return !fenceBatches_.empty();
+        }
+        id = nextId_++;
     }
-    if (ended.empty()) {
-        return !fenceBatches_.empty();
-    }
-    const quint64 fence = nextFence_++;
-    if (!postFence('s', fence)) {
-        releaseOwnChanges(ended);
-        return !fenceBatches_.empty();
-    }
-    fenceBatches_.emplace(fence, std::move(ended));
-    return true;
+    postFence('s', id, false);
+    std::lock_guard lock(mutex_);
+    return !fenceBatches_.empty();
 }
 
 void DriveChangeWatcher::releaseOwnChanges(const std::vector<quint64>& ids) {
+    if (ids.empty()) {
+        return;
+    }
     std::lock_guard lock(mutex_);
     std::erase_if(suppressed_, [&ids](const auto& s) {
         return std::find(ids.begin(), ids.end(), s.first) != ids.end();
@@ -330,10 +344,14 @@ void DriveChangeWatcher::handleEvent(int wd, quint32 mask, quint32 cookie, const
         VLLOG(4, "Drive watcher: event queue overflow, some changes of %@ were missed", driveRoot_);
         // A fence may have been among the lost events: lift what waits for one rather than
         // keep those paths quiet for good.
-        for (const auto& [fence, ids] : fenceBatches_) {
+        std::map<quint64, std::vector<quint64>> batches;
+        {
+            std::lock_guard lock(mutex_);
+            batches.swap(fenceBatches_);
+        }
+        for (const auto& [fence, ids] : batches) {
             releaseOwnChanges(ids);
         }
-        fenceBatches_.clear();
         return;
     }
     if (wd == fenceWd_) {
@@ -403,13 +421,17 @@ void DriveChangeWatcher::handleEvent(int wd, quint32 mask, quint32 cookie, const
 
 void DriveChangeWatcher::handleFence(const QString& name) {
     const quint64 id = name.mid(1).toULongLong();
-    if (name.startsWith(QLatin1Char('s'))) {
+    std::vector<quint64> ended;
+    {
+        std::lock_guard lock(mutex_);
         const auto batch = fenceBatches_.find(id);
         if (batch != fenceBatches_.end()) {
-            releaseOwnChanges(batch->second);
+            ended.swap(batch->second);
             fenceBatches_.erase(batch);
         }
-    } else if (name.startsWith(QLatin1Char('b'))) {
+    }
+    releaseOwnChanges(ended);
+    if (name.startsWith(QLatin1Char('b'))) {
         expireMoves();
         flush();
         std::lock_guard lock(mutex_);

@@ -64,8 +64,10 @@ private:
     void flush();
     bool isSuppressed(const QString& logicalPath) const;
     void record(int kind, const QString& logicalPath, const QString& newLogicalPath = {});
-    // Renames the fence file to <type><id>; false when the watcher has no fence file.
-    bool postFence(char type, quint64 id);
+    // Renames the fence file to <type><id>, the fence then ending the own changes that ended
+    // since the last fence. False when the watcher has no fence file, or when there is nothing
+    // to end and the fence is not a barrier.
+    bool postFence(char type, quint64 id, bool forBarrier);
     // Watcher thread: posts one fence for the changes that ended since the last one. True while
     // a fence is on its way.
     bool postEndedChangesFence();
@@ -85,8 +87,6 @@ private:
     std::vector<Record> batch_;
     std::vector<PendingMove> pendingMoves_;
     qint64 batchStartedMs_ = 0;
-    std::map<quint64, std::vector<quint64>> fenceBatches_;  // fence number to the ids it ends
-    quint64 nextFence_ = 1;
 
     mutable std::mutex mutex_;
     std::condition_variable barrierDone_;
@@ -95,6 +95,8 @@ private:
     quint64 nextId_ = 1;                                   // guarded by mutex_
     bool running_ = false;                                 // guarded by mutex_
     std::vector<quint64> endedIds_;                        // guarded by mutex_: not yet fenced
+    // guarded by mutex_: fence number to the own changes it ends
+    std::map<quint64, std::vector<quint64>> fenceBatches_;
     bool idle_ = false;  // guarded by mutex_: the watcher sleeps until an event or a wake
 
     std::mutex fenceMutex_;
