@@ -208,6 +208,8 @@ TEST_F(VLLoggingTest, RecordKeysFollowTheCallersDetails) {
 }
 
 TEST_F(VLLoggingTest, RecordsKeepSubmissionOrderPerThread) {
+    // Unthrottled, so that no record is dropped by the service's quota however often this runs.
+    setPreference(8);
     constexpr int Threads = 4;
     constexpr int PerThread = 100;
     std::vector<std::thread> threads;
