@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QThread>
 
 #include <sys/resource.h>
@@ -168,18 +169,25 @@ TEST(DispatchRealMain, DeliversOnTheMainThreadInOrder) {
     std::vector<int> order;  // touched on the main thread only
     QStringList labels;
     std::atomic<bool> syncReturned{false};
+    qint64 afterWaitedMs = -1;
     worker->async([&] {
         main->async([&] { order.push_back(1); });
-        main->after(std::chrono::milliseconds(5), [&] { order.push_back(3); });
         main->sync([&] {
             order.push_back(2);
             labels << Dispatch::currentQueueLabel();
             EXPECT_EQ(QThread::currentThread(), QCoreApplication::instance()->thread());
         });
+        QElapsedTimer posted;
+        posted.start();
+        main->after(std::chrono::milliseconds(5), [&, posted] {
+            afterWaitedMs = posted.elapsed();
+            order.push_back(3);
+        });
         syncReturned = true;
     });
     ASSERT_TRUE(pumpUntil([&] { return syncReturned && order.size() == 3; }));
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+    EXPECT_GE(afterWaitedMs, 5);
     EXPECT_EQ(labels, QStringList{QStringLiteral("com.tessaly.main-thread")});
 
     bool inline_ = false;
