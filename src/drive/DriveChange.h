@@ -7,7 +7,8 @@ namespace vl {
 // One change of a drive item as presenters hear of it. URLs are logical: a cloud-only item is
 // named by the URL it will have once downloaded, never by its placeholder.
 struct DriveChange {
-    enum class Kind { Changed, Appeared, Deleted, Moved };
+    // Missed: events were lost, so anything at or below url may have changed.
+    enum class Kind { Changed, Appeared, Deleted, Moved, Missed };
 
     Kind kind = Kind::Changed;
     Url url;
@@ -17,6 +18,7 @@ struct DriveChange {
     static DriveChange appeared(const Url& url) { return {Kind::Appeared, url, {}}; }
     static DriveChange deleted(const Url& url) { return {Kind::Deleted, url, {}}; }
     static DriveChange moved(const Url& from, const Url& to) { return {Kind::Moved, from, to}; }
+    static DriveChange missed(const Url& url) { return {Kind::Missed, url, {}}; }
 };
 
 }  // namespace vl

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace vl {
 
@@ -146,6 +147,7 @@ void DriveChangeWatcher::stop() {
         running_ = false;
         suppressed_.clear();
         endedIds_.clear();
+        pendingBarriers_.clear();
         idle_ = false;
         barrierDone_.notify_all();
     }
@@ -217,16 +219,20 @@ void DriveChangeWatcher::waitUntilDelivered() {
             return;
         }
         id = nextId_++;
+        pendingBarriers_.insert(id);
     }
     // The barrier also fences the changes that ended before it: a caller that waits for
     // delivery must not find its own finished writes still hiding other processes' events.
     if (!postFence('b', id, true)) {
+        std::lock_guard lock(mutex_);
+        pendingBarriers_.erase(id);
         return;
     }
     std::unique_lock lock(mutex_);
     barrierDone_.wait_for(lock, std::chrono::seconds(5),
                           [&] { return !running_ || finishedBarriers_.count(id) > 0; });
     finishedBarriers_.erase(id);
+    pendingBarriers_.erase(id);
 }
 
 bool DriveChangeWatcher::postFence(char type, quint64 id, bool forBarrier) {
@@ -342,16 +348,7 @@ void DriveChangeWatcher::readEvents() {
 void DriveChangeWatcher::handleEvent(int wd, quint32 mask, quint32 cookie, const QString& name) {
     if (mask & IN_Q_OVERFLOW) {
         VLLOG(4, "Drive watcher: event queue overflow, some changes of %@ were missed", driveRoot_);
-        // A fence may have been among the lost events: lift what waits for one rather than
-        // keep those paths quiet for good.
-        std::map<quint64, std::vector<quint64>> batches;
-        {
-            std::lock_guard lock(mutex_);
-            batches.swap(fenceBatches_);
-        }
-        for (const auto& [fence, ids] : batches) {
-            releaseOwnChanges(ids);
-        }
+        recoverFromOverflow();
         return;
     }
     if (wd == fenceWd_) {
@@ -435,9 +432,42 @@ void DriveChangeWatcher::handleFence(const QString& name) {
         expireMoves();
         flush();
         std::lock_guard lock(mutex_);
-        finishedBarriers_.insert(id);
-        barrierDone_.notify_all();
+        // Unless an overflow has already let its waiter go.
+        if (pendingBarriers_.erase(id) > 0) {
+            finishedBarriers_.insert(id);
+            barrierDone_.notify_all();
+        }
     }
+}
+
+void DriveChangeWatcher::recoverFromOverflow() {
+    // A fence may have been among the lost events: lift what waits for one rather than keep
+    // those paths quiet for good.
+    std::map<quint64, std::vector<quint64>> batches;
+    {
+        std::lock_guard lock(mutex_);
+        batches.swap(fenceBatches_);
+    }
+    for (const auto& [fence, ids] : batches) {
+        releaseOwnChanges(ids);
+    }
+    // Folders made meanwhile have no watch yet, and folders gone or moved meanwhile may have
+    // lost the events that tell: watch the tree as it is now. A watched folder keeps its
+    // descriptor, under its current path.
+    const QHash<int, QString> before = std::exchange(watchPaths_, {});
+    addWatchTree(driveRoot_, false);
+    for (auto it = before.begin(); it != before.end(); ++it) {
+        if (!watchPaths_.contains(it.key())) {
+            ::inotify_rm_watch(inotifyFd_, it.key());
+        }
+    }
+    expireMoves();
+    flush();
+    sink_(DriveChange::missed(Url::fromPath(driveRoot_)));
+    // A barrier's fence may have been lost too; what it waited for is as delivered as it will be.
+    std::lock_guard lock(mutex_);
+    finishedBarriers_.merge(pendingBarriers_);
+    barrierDone_.notify_all();
 }
 
 void DriveChangeWatcher::addWatchTree(const QString& path, bool reportContents) {

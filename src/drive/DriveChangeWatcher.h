@@ -57,6 +57,9 @@ private:
     void readEvents();
     void handleEvent(int wd, quint32 mask, quint32 cookie, const QString& name);
     void handleFence(const QString& name);
+    // After lost events: lifts suppressions waiting for fences, watches the tree afresh, tells
+    // presenters to look again and lets barrier waiters go.
+    void recoverFromOverflow();
     void addWatchTree(const QString& path, bool reportContents);
     void renameWatches(const QString& from, const QString& to);
     void removeWatches(const QString& path);
@@ -91,6 +94,7 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable barrierDone_;
     std::vector<std::pair<quint64, QString>> suppressed_;  // guarded by mutex_
+    std::set<quint64> pendingBarriers_;                    // guarded by mutex_: posted
     std::set<quint64> finishedBarriers_;                   // guarded by mutex_
     quint64 nextId_ = 1;                                   // guarded by mutex_
     bool running_ = false;                                 // guarded by mutex_

@@ -133,6 +133,12 @@ void PresenterRegistry::deliver(const DriveChange& change, const FilePresenter* 
                     });
                 }
                 break;
+            case DriveChange::Kind::Missed:
+                if (changed.isAncestorOf(url)) {
+                    post(presenter, generation,
+                         [](FilePresenter& p) { p.presentedItemDidChange(); });
+                }
+                break;
             case DriveChange::Kind::Moved: {
                 const Url to = change.newURL;
                 if (changed.isAncestorOf(url)) {

@@ -193,4 +193,20 @@ TEST_F(FilePresenterTest, EvictionAndRemoteEditsAreChangesNotDeletions) {
                                            QStringLiteral("change")}));
 }
 
+TEST_F(FilePresenterTest, MissedEventsSendEveryPresenterBelowToLookAgain) {
+    ASSERT_TRUE(QDir().mkpath(drivePath(QStringLiteral("Trips/2024"))));
+    importBytes(QStringLiteral("Trips/2024/Rome.jpg"), "rome", false);
+    importBytes(QStringLiteral("Notes.txt"), "notes", false);
+    settle();
+    const auto trips = presenterOf(QStringLiteral("Trips"));
+    const auto rome = presenterOf(QStringLiteral("Trips/2024/Rome.jpg"));
+    const auto notes = presenterOf(QStringLiteral("Notes.txt"));
+
+    backend_->presenters().deliver(DriveChange::missed(driveURL(QStringLiteral("Trips"))));
+
+    EXPECT_EQ(trips->events(), QStringList{QStringLiteral("change")});
+    EXPECT_EQ(rome->events(), QStringList{QStringLiteral("change")});
+    EXPECT_TRUE(notes->events().isEmpty());
+}
+
 }  // namespace vl::test
