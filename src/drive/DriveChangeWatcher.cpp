@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -66,6 +67,45 @@ QString fenceParent() {
     return QDir::tempPath();
 }
 
+// Fence folders carry their process's id, so that the next watcher can sweep those of processes
+// that died without removing theirs; and the id of their process namespace, since an id means
+// nothing in another one.
+QByteArray fenceFolderPrefix() {
+    struct stat ns {};
+    const QByteArray space =
+        ::stat("/proc/self/ns/pid", &ns) == 0 ? QByteArray::number(ns.st_ino) : QByteArray("0");
+    return "vellora-fences-" + space + '-';
+}
+
+void sweepDeadFenceFolders(const QString& parent, const QByteArray& prefix) {
+    const QByteArray base = QFile::encodeName(parent) + '/';
+    DIR* dir = ::opendir(base.constData());
+    if (!dir) {
+        return;
+    }
+    std::vector<QByteArray> dead;
+    while (const dirent* entry = ::readdir(dir)) {
+        const QByteArray name =
+            QByteArray::fromRawData(entry->d_name, qsizetype(std::strlen(entry->d_name)));
+        if (!name.startsWith(prefix)) {
+            continue;
+        }
+        const QByteArray rest = name.mid(prefix.size());
+        bool ok = false;
+        const pid_t pid = pid_t(rest.left(rest.indexOf('-')).toInt(&ok));
+        struct stat st {};
+        if (ok && pid > 0 && pid != ::getpid() && ::kill(pid, 0) != 0 && errno == ESRCH &&
+            ::lstat((base + name).constData(), &st) == 0 && S_ISDIR(st.st_mode) &&
+            st.st_uid == ::getuid()) {
+            dead.push_back(base + name);
+        }
+    }
+    ::closedir(dir);
+    for (const QByteArray& path : dead) {
+        QDir(QFile::decodeName(path)).removeRecursively();
+    }
+}
+
 }  // namespace
 
 struct DriveChangeWatcher::Record {
@@ -101,7 +141,11 @@ bool DriveChangeWatcher::start() {
     inotifyFd_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     stopFd_ = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     wakeFd_ = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-    QByteArray fenceTemplate = QFile::encodeName(fenceParent() + "/vellora-fences-XXXXXX");
+    const QString parent = fenceParent();
+    const QByteArray prefix = fenceFolderPrefix();
+    sweepDeadFenceFolders(parent, prefix);
+    QByteArray fenceTemplate =
+        QFile::encodeName(parent) + '/' + prefix + QByteArray::number(::getpid()) + "-XXXXXX";
     const bool fenceMade = ::mkdtemp(fenceTemplate.data()) != nullptr;
     if (inotifyFd_ < 0 || stopFd_ < 0 || wakeFd_ < 0 || !fenceMade) {
         VLLOG(3, "Cannot watch the drive at %@: %s", driveRoot_, std::strerror(errno));

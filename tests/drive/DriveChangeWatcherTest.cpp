@@ -9,6 +9,8 @@
 #include <QThread>
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <condition_variable>
@@ -106,6 +108,43 @@ TEST(DriveChangeWatcherTest, AfterLostEventsFoldersMadeMeanwhileAreWatchedAndAll
     watcher.waitUntilDelivered();
     EXPECT_TRUE(sink.heard(DriveChange::Kind::Appeared, inLater));
     watcher.stop();
+}
+
+TEST(DriveChangeWatcherTest, FenceFoldersOfDeadProcessesAreSweptAndOthersKept) {
+    QTemporaryDir runtime;
+    ASSERT_TRUE(runtime.isValid());
+    const QByteArray saved = qgetenv("XDG_RUNTIME_DIR");
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
+
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::_exit(0);
+    }
+    ASSERT_GT(child, 0);
+    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+    struct stat ns {};
+    ASSERT_EQ(::stat("/proc/self/ns/pid", &ns), 0);
+    const QString prefix = QStringLiteral("vellora-fences-%1-").arg(ns.st_ino);
+    const QString dead = prefix + QStringLiteral("%1-abcdef").arg(child);
+    const QString alive = prefix + QStringLiteral("%1-abcdef").arg(::getppid());
+    const QString elsewhere = QStringLiteral("vellora-fences-1-%1-abcdef").arg(child);
+    for (const QString& name : {dead, alive, elsewhere}) {
+        ASSERT_TRUE(QDir(runtime.path()).mkpath(name + QStringLiteral("/f")));
+    }
+
+    QTemporaryDir drive;
+    DriveChangeWatcher watcher(drive.path(), [](const DriveChange&) {});
+    ASSERT_TRUE(watcher.start());
+    const QStringList left = QDir(runtime.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    EXPECT_FALSE(left.contains(dead));
+    EXPECT_TRUE(left.contains(alive));
+    EXPECT_TRUE(left.contains(elsewhere));
+    // Its own is made there, under its own id, and goes with it.
+    EXPECT_EQ(left.size(), 3);
+    EXPECT_EQ(left.filter(prefix + QString::number(::getpid()) + QLatin1Char('-')).size(), 1);
+    watcher.stop();
+    EXPECT_EQ(QDir(runtime.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 2);
+    qputenv("XDG_RUNTIME_DIR", saved);
 }
 
 }  // namespace vl::test
