@@ -11,6 +11,16 @@
 
 namespace vl {
 
+namespace {
+
+// Qt takes the first thread that asks which thread it is for the main thread. A line logged before
+// the application object exists starts the log queue's thread, which could ask first and leave
+// the application object on a thread Qt thinks is not the main one. Asking here, while the
+// process loads on its main thread, settles it.
+[[maybe_unused]] const QThread* const mainThreadAtLoad = QThread::currentThread();
+
+}  // namespace
+
 QString RealMainQueue::label() const {
     return kLabel;
 }
