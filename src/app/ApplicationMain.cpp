@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "drive/DriveHome.h"
 #include "drive/DriveService.h"
+#include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
 #include "platform/ApplicationStateBridge.h"
 #include "platform/Dispatch.h"
@@ -10,8 +11,11 @@
 #include "platform/NotificationCenter.h"
 #include "platform/Preferences.h"
 #include "platform/Strings.h"
+#include "platform/TerminationSignals.h"
 
 #include <QApplication>
+
+#include <cstring>
 
 namespace vl {
 
@@ -34,7 +38,11 @@ int ApplicationMain::run(int argc, char** argv) {
 
     delegate.applicationWillFinishLaunchingWithOptions({});
     delegate.applicationDidFinishLaunchingWithOptions({});
+    const TerminationSignals terminationSignals;
     const int status = QApplication::exec();
+    if (const int signal = terminationSignals.receivedSignal()) {
+        VLLOG(5, "Quitting on signal %d (%s)", signal, ::strsignal(signal));
+    }
 
     NotificationCenter::defaultCenter().removeObserver(resignObserver);
     return status;

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Starts the app under Xvfb on a freshly seeded demo home, photographs the root list, signs out
 # with velloractl, makes the app active again and photographs the placeholder; then signs in and
-# checks that the browser comes back.
+# checks that the browser comes back; finally ends it with SIGTERM.
 #   account_switch_test.sh <vellora> <velloractl> <artefact folder>
 set -u
 APP="$1" CTL="$2" OUT="$3"
@@ -73,4 +73,14 @@ shoot signed-in-again.png
 
 cmp -s "$OUT/root-list.png" "$OUT/placeholder.png" && fail "the placeholder looks like the list"
 kill -0 "$APP_PID" || fail "the app ended early"
+
+# Asked to terminate, the app quits through its event loop and leaves nothing behind.
+kill -TERM "$APP_PID"
+wait "$APP_PID"
+status=$?
+APP_PID=""
+[ "$status" = 0 ] || fail "the app exited with $status on SIGTERM: $(tail -n 5 "$WORK/app.out")"
+[ "$(count "Quitting on signal 15 (Terminated)")" = 1 ] || fail "no quit on SIGTERM logged"
+grep -q "not created in the main() thread" "$WORK/app.out" && fail "Qt took another thread for the main one"
+ls "$XDG_RUNTIME_DIR" | grep -q "^vellora-fences-" && fail "a fence folder was left behind"
 echo "PASS: screenshots in $OUT"
