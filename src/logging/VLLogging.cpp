@@ -24,17 +24,18 @@ struct ProcessIdentity {
     QString pid;
 };
 
-// Read once, on the log queue, the first time a record is built.
+// Read once, on the log queue, the first time a record is built. Never destroyed: a thread may
+// still log while the process's static objects are torn down.
 const ProcessIdentity& processIdentity() {
-    static const ProcessIdentity identity = [] {
-        ProcessIdentity result;
+    static const ProcessIdentity& identity = *[] {
+        auto* result = new ProcessIdentity;
         char name[255] = {};
         if (::gethostname(name, sizeof(name) - 1) == 0) {
-            result.host = QString::fromUtf8(name);
+            result->host = QString::fromUtf8(name);
         } else {
-            result.host = QStringLiteral("UnknownHost");
+            result->host = QStringLiteral("UnknownHost");
         }
-        result.pid = QString::number(static_cast<unsigned long>(::getpid())).left(63);
+        result->pid = QString::number(static_cast<unsigned long>(::getpid())).left(63);
         return result;
     }();
     return identity;

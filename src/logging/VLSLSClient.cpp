@@ -15,8 +15,9 @@ namespace vl {
 namespace {
 
 std::mutex markerMutex;
+// Never destroyed, like the shared client that reads it.
 QString& markerPathStorage() {
-    static QString path = QString::fromLatin1(VLSLSClient::DefaultMarkerFilePath);
+    static QString& path = *new QString(QString::fromLatin1(VLSLSClient::DefaultMarkerFilePath));
     return path;
 }
 
