@@ -24,6 +24,7 @@ run: build
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
+sanitize-address: export LSAN_OPTIONS = suppressions=$(CURDIR)/tests/sanitizers/lsan.supp:print_suppressions=0
 sanitize-address:
 	$(MAKE) test BUILD=build-asan CMAKE_FLAGS="-DVELLORA_SANITIZE=address -DVELLORA_BENCH=OFF"
 
