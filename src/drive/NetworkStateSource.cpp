@@ -3,6 +3,7 @@
 #include "drive/NetworkChangeListener.h"
 #include "drive/ServiceSettings.h"
 #include "logging/VLLogging.h"
+#include "platform/Dispatch.h"
 
 #include <QCoreApplication>
 #include <QNetworkInformation>
@@ -55,6 +56,11 @@ void NetworkStateSource::start() {
     changeListener_ = std::make_unique<NetworkChangeListener>(home_.serviceFile(), [weak] {
         if (auto self = weak.lock()) {
             self->refresh();
+            // The listener's thread must never drop the last reference: the source's destructor
+            // joins that very thread.
+            Dispatch::realDispatcher()
+                ->globalQueue(QualityOfService::Utility)
+                ->async([last = std::move(self)] {});
         }
     });
     startSystemInformation();
