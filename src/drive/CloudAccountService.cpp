@@ -19,6 +19,10 @@ CloudAccountService::~CloudAccountService() {
     watcher_.reset();
 }
 
+void CloudAccountService::stopWatching() {
+    watcher_.reset();
+}
+
 std::optional<CloudAccountToken> CloudAccountService::readToken() const {
     const std::optional<AccountRecord> account = store_->readAccount();
     if (!account) {

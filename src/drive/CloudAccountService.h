@@ -22,6 +22,8 @@ public:
 
     std::optional<CloudAccountToken> identityToken() const override;
     void performQuotaOperation(QuotaCompletion completion) override;
+    // Ends the watching of account.json; no change is noticed afterwards. Main thread.
+    void stopWatching();
 
     static inline const QString ErrorDomain = QStringLiteral("VLCloudAccountErrorDomain");
     static constexpr int NotAuthenticated = 9;

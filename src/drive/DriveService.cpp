@@ -7,6 +7,8 @@
 #include "drive/KeyValueStoreService.h"
 #include "logging/VLLogging.h"
 
+#include <QCoreApplication>
+
 #include <mutex>
 
 namespace vl {
@@ -39,6 +41,14 @@ DriveService::DriveService(const QString& homePath)
 DriveService::~DriveService() = default;
 
 std::shared_ptr<DriveService> DriveService::install(const QString& homePath) {
+    static std::once_flag stopAtExit;
+    std::call_once(stopAtExit, [] {
+        qAddPostRoutine([] {
+            if (const std::shared_ptr<DriveService> service = current()) {
+                service->stopWatching();
+            }
+        });
+    });
     auto service = std::make_shared<DriveService>(homePath);
     service->installShared();
     VLLOG(6, "Drive service installed for %@", service->store_->home().rootPath());
@@ -52,11 +62,19 @@ std::shared_ptr<DriveService> DriveService::current() {
     return currentService();
 }
 
+void DriveService::stopWatching() {
+    account_->stopWatching();
+    keyValueStore_->stopWatching();
+    if (coordination_) {
+        coordination_->stopWatching();
+    }
+}
+
 void DriveService::installShared() {
     CloudDocuments::setShared(documents_);
     CloudAccount::setShared(account_);
     KeyValueStore::setShared(keyValueStore_);
-    DriveCoordinationBackend::install(store_);
+    coordination_ = DriveCoordinationBackend::install(store_);
     DriveReachabilityMonitor::install(store_->home());
 }
 

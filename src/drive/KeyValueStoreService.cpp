@@ -19,6 +19,10 @@ KeyValueStoreService::~KeyValueStoreService() {
     watcher_.reset();
 }
 
+void KeyValueStoreService::stopWatching() {
+    watcher_.reset();
+}
+
 QVariant KeyValueStoreService::objectForKey(const QString& key) const {
     std::lock_guard lock(mutex_);
     return values_.value(key);

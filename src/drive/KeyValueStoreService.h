@@ -28,6 +28,9 @@ public:
     void removeObjectForKey(const QString& key) override;
     QVariantMap dictionaryRepresentation() const override;
     bool synchronize() override;
+    // Ends the watching of kvstore.json; other processes' writes are read at the next
+    // synchronize. Main thread.
+    void stopWatching();
 
 private:
     void fileChanged();

@@ -2,11 +2,18 @@
 
 #include "logging/VLLogging.h"
 
+#include <QCoreApplication>
+
 namespace vl {
 
 NetworkWatcher& NetworkWatcher::sharedNetworkWatcher() {
-    // Never destroyed: reachability callbacks may still be queued while the process exits.
-    static NetworkWatcher* const shared = new NetworkWatcher;
+    // Never destroyed: reachability callbacks may still be queued while the process exits. It
+    // stops listening when the application object goes, before static objects are torn down.
+    static NetworkWatcher* const shared = [] {
+        auto* watcher = new NetworkWatcher;
+        qAddPostRoutine([] { sharedNetworkWatcher().stop(); });
+        return watcher;
+    }();
     return *shared;
 }
 
