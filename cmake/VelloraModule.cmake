@@ -1,10 +1,11 @@
-# One static library per source folder. Sources are globbed so that adding a class is adding its
-# two files; CONFIGURE_DEPENDS re-runs the glob on every build.
+# One static library per source folder, subfolders included (a folder grouped by concern stays one
+# library). Sources are globbed so that adding a class is adding its two files; CONFIGURE_DEPENDS
+# re-runs the glob on every build.
 #
 #   vellora_module(<folder> [DEPS <targets>...])  ->  target vellora_<folder>
 function(vellora_module folder)
     cmake_parse_arguments(ARG "" "" "DEPS" ${ARGN})
-    file(GLOB sources CONFIGURE_DEPENDS
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS
         ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
     add_library(vellora_${folder} STATIC ${sources})
     target_include_directories(vellora_${folder} PUBLIC ${PROJECT_SOURCE_DIR}/src)

@@ -5,8 +5,8 @@
 // Input: byte 0 is the argument count (mod 9), the next bytes pick each argument's kind, eight
 // bytes seed the numbers, and the rest (up to a NUL) is the format.
 
-#include "platform/Error.h"
-#include "platform/Format.h"
+#include "platform/files/Error.h"
+#include "platform/text/Format.h"
 
 #include <QByteArray>
 #include <QDateTime>

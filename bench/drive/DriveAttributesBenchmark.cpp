@@ -3,7 +3,7 @@
 //
 //   bench_drive_attributes [ITEMS] [CLOUD-ONLY-PERCENT]
 
-#include "drive/DriveStore.h"
+#include "drive/store/DriveStore.h"
 
 #include <QCoreApplication>
 #include <QDir>

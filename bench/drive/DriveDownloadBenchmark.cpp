@@ -4,11 +4,11 @@
 //
 //   bench_drive_download [--size MiB] [--dir PARENT]
 
-#include "drive/DriveCoordinationBackend.h"
-#include "drive/DriveStore.h"
-#include "platform/ContentTypeRegistry.h"
-#include "platform/FileCoordinator.h"
-#include "platform/MimeContentTypeRegistry.h"
+#include "drive/coordination/DriveCoordinationBackend.h"
+#include "drive/store/DriveStore.h"
+#include "platform/files/ContentTypeRegistry.h"
+#include "platform/cloud/FileCoordinator.h"
+#include "platform/files/MimeContentTypeRegistry.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

@@ -7,12 +7,12 @@
 //
 //   bench_items [--items N] [--moves M] [--dir PARENT]
 
-#include "drive/DriveService.h"
+#include "drive/service/DriveService.h"
 #include "fileops/FileUtils.h"
 #include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
 #include "model/VLItem.h"
-#include "platform/SystemLogService.h"
+#include "platform/log/SystemLogService.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -3,7 +3,7 @@
 // to files in the background; only the caller's time is measured.
 #include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
-#include "platform/SystemLogService.h"
+#include "platform/log/SystemLogService.h"
 
 #include <spdlog/async.h>
 #include <spdlog/sinks/basic_file_sink.h>

@@ -1,17 +1,17 @@
 #include "app/ApplicationMain.h"
 
 #include "app/AppDelegate.h"
-#include "drive/DriveHome.h"
-#include "drive/DriveService.h"
+#include "drive/store/DriveHome.h"
+#include "drive/service/DriveService.h"
 #include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
-#include "platform/ApplicationStateBridge.h"
-#include "platform/Dispatch.h"
-#include "platform/ManagedPreferencesWatcher.h"
-#include "platform/NotificationCenter.h"
-#include "platform/Preferences.h"
-#include "platform/Strings.h"
-#include "platform/TerminationSignals.h"
+#include "platform/app/ApplicationStateBridge.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/app/ManagedPreferencesWatcher.h"
+#include "platform/app/NotificationCenter.h"
+#include "platform/app/Preferences.h"
+#include "platform/text/Strings.h"
+#include "platform/app/TerminationSignals.h"
 
 #include <QApplication>
 

@@ -1,7 +1,7 @@
 #include "app/Settings.h"
 
 #include "logging/VLLogging.h"
-#include "platform/Preferences.h"
+#include "platform/app/Preferences.h"
 
 #include <optional>
 

@@ -1,9 +1,9 @@
 #include "browser/NavController.h"
 
 #include "logging/VLLogging.h"
-#include "platform/CloudDocuments.h"
-#include "platform/Preferences.h"
-#include "platform/Strings.h"
+#include "platform/cloud/CloudDocuments.h"
+#include "platform/app/Preferences.h"
+#include "platform/text/Strings.h"
 #include "toolkit/AlertController.h"
 #include "toolkit/DocumentListController.h"
 #include "toolkit/DocumentPickerUnavailableController.h"

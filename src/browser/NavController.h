@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/CloudAccount.h"
-#include "platform/NotificationCenter.h"
+#include "platform/cloud/CloudAccount.h"
+#include "platform/app/NotificationCenter.h"
 #include "toolkit/NavigationController.h"
 #include "toolkit/NavigationControllerDelegate.h"
 

@@ -1,8 +1,8 @@
 #include "fileops/FileUtils.h"
 
 #include "logging/VLLogging.h"
-#include "platform/CloudDocuments.h"
-#include "platform/FileCoordinator.h"
+#include "platform/cloud/CloudDocuments.h"
+#include "platform/cloud/FileCoordinator.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -179,7 +179,7 @@ std::optional<QString> FileUtils::stringByUniquingPathInsideDirectoryForBasename
 }
 
 void FileUtils::evictDocument(const Url& url) {
-    if (std::optional<Error> error = CloudDocuments::shared().evictUbiquitousItem(url)) {
+    if (std::optional<Error> error = CloudDocuments::shared().evictDriveItem(url)) {
         VLLOG(4, "Evict error: %@", *error);
     }
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/CloudContainer.h"
-#include "platform/Error.h"
-#include "platform/ItemAttributes.h"
-#include "platform/Url.h"
+#include "platform/cloud/CloudContainer.h"
+#include "platform/files/Error.h"
+#include "platform/cloud/ItemAttributes.h"
+#include "platform/files/Url.h"
 
 #include <QString>
 #include <QStringList>

@@ -3,8 +3,8 @@
 #include "fileops/FileUtils.h"
 
 #include "logging/VLLogging.h"
-#include "platform/CloudDocuments.h"
-#include "platform/ContentTypeRegistry.h"
+#include "platform/cloud/CloudDocuments.h"
+#include "platform/files/ContentTypeRegistry.h"
 
 namespace vl {
 

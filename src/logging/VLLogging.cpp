@@ -2,8 +2,8 @@
 
 #include "logging/LogRecordBuffer.h"
 #include "logging/VLSLSClient.h"
-#include "platform/Dispatch.h"
-#include "platform/SystemLogService.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/log/SystemLogService.h"
 
 #include <QByteArray>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Format.h"
+#include "platform/text/Format.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 #include "logging/VLSLSClient.h"
 
 #include "logging/VLLogging.h"
-#include "platform/Preferences.h"
+#include "platform/app/Preferences.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

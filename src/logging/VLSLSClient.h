@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/Dispatch.h"
-#include "platform/NotificationCenter.h"
-#include "platform/SystemLogService.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/app/NotificationCenter.h"
+#include "platform/log/SystemLogService.h"
 
 #include <QString>
 

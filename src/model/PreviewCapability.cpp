@@ -1,6 +1,6 @@
 #include "model/PreviewCapability.h"
 
-#include "platform/ContentTypeRegistry.h"
+#include "platform/files/ContentTypeRegistry.h"
 
 #include <QHash>
 

@@ -3,10 +3,10 @@
 #include "logging/VLLogging.h"
 #include "model/PreviewCapability.h"
 #include "model/VLRAppBookmarks.h"
-#include "platform/CloudDocuments.h"
-#include "platform/ContentTypeRegistry.h"
-#include "platform/FileCoordinator.h"
-#include "platform/Format.h"
+#include "platform/cloud/CloudDocuments.h"
+#include "platform/files/ContentTypeRegistry.h"
+#include "platform/cloud/FileCoordinator.h"
+#include "platform/text/Format.h"
 
 #include <QLocale>
 

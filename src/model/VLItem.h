@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/ItemAttributes.h"
-#include "platform/Url.h"
+#include "platform/cloud/ItemAttributes.h"
+#include "platform/files/Url.h"
 
 #include <QDateTime>
 #include <QImage>

@@ -1,6 +1,6 @@
 #include "model/VLRAppBookmarks.h"
 
-#include "platform/CloudDocuments.h"
+#include "platform/cloud/CloudDocuments.h"
 
 namespace vl {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Dispatch.h"
-#include "platform/ReachabilityMonitor.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/cloud/ReachabilityMonitor.h"
 
 #include <QString>
 

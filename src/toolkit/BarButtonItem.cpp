@@ -1,6 +1,6 @@
 #include "toolkit/BarButtonItem.h"
 
-#include "platform/Strings.h"
+#include "platform/text/Strings.h"
 #include "toolkit/ToolkitIcons.h"
 
 namespace vl {

@@ -3,8 +3,8 @@
 #include "toolkit/Background.h"
 
 #include "logging/VLLogging.h"
-#include "platform/CloudDocuments.h"
-#include "platform/Strings.h"
+#include "platform/cloud/CloudDocuments.h"
+#include "platform/text/Strings.h"
 #include "toolkit/DocumentListControllerDelegate.h"
 #include "toolkit/DocumentListModel.h"
 #include "toolkit/DocumentListReader.h"
@@ -71,7 +71,7 @@ std::shared_ptr<DocumentListController> DocumentListController::create() {
 }
 
 std::shared_ptr<DocumentListController> DocumentListController::createForURL(const Url& folder) {
-    if (!CloudDocuments::isInstalled() || !CloudDocuments::shared().ubiquityRootURL() ||
+    if (!CloudDocuments::isInstalled() || !CloudDocuments::shared().driveRootURL() ||
         !CloudDocuments::shared().relativePathForURL(folder)) {
         return nullptr;
     }

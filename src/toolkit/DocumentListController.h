@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Dispatch.h"
-#include "platform/Url.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/files/Url.h"
 #include "toolkit/ViewController.h"
 
 #include <QList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Url.h"
+#include "platform/files/Url.h"
 
 #include <QWidget>
 

@@ -1,7 +1,7 @@
 #include "toolkit/DocumentListReader.h"
 
-#include "platform/CloudDocuments.h"
-#include "platform/ContentTypeRegistry.h"
+#include "platform/cloud/CloudDocuments.h"
+#include "platform/files/ContentTypeRegistry.h"
 
 #include <QDir>
 #include <QFileInfo>

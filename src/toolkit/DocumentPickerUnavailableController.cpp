@@ -2,7 +2,7 @@
 
 #include "toolkit/Background.h"
 
-#include "platform/Strings.h"
+#include "platform/text/Strings.h"
 #include "toolkit/ToolkitIcons.h"
 
 #include <QLabel>

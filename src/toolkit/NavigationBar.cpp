@@ -1,6 +1,6 @@
 #include "toolkit/NavigationBar.h"
 
-#include "platform/NetworkActivityIndicator.h"
+#include "platform/app/NetworkActivityIndicator.h"
 #include "toolkit/ActivitySpinner.h"
 #include "toolkit/BarButtonItem.h"
 #include "toolkit/NavigationItem.h"

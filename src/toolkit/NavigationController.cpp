@@ -2,7 +2,7 @@
 
 #include "toolkit/Background.h"
 
-#include "platform/Dispatch.h"
+#include "platform/dispatch/Dispatch.h"
 #include "toolkit/NavigationBar.h"
 #include "toolkit/NavigationControllerDelegate.h"
 #include "toolkit/NavigationItem.h"

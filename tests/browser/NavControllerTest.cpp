@@ -2,12 +2,12 @@
 
 #include "services/LogCapture.h"
 
-#include "drive/AccountRecord.h"
-#include "drive/DriveService.h"
-#include "platform/CloudDocuments.h"
-#include "platform/KeyValueStore.h"
-#include "platform/Preferences.h"
-#include "platform/VirtualDispatcher.h"
+#include "drive/store/AccountRecord.h"
+#include "drive/service/DriveService.h"
+#include "platform/cloud/CloudDocuments.h"
+#include "platform/cloud/KeyValueStore.h"
+#include "platform/app/Preferences.h"
+#include "platform/dispatch/VirtualDispatcher.h"
 #include "toolkit/AlertController.h"
 #include "toolkit/DocumentListController.h"
 #include "toolkit/DocumentPickerUnavailableController.h"

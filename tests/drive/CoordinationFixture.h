@@ -1,12 +1,12 @@
 #pragma once
 
-#include "drive/DriveCoordinationBackend.h"
-#include "drive/DriveStore.h"
-#include "platform/ContentTypeRegistry.h"
-#include "platform/Dispatch.h"
-#include "platform/FileCoordinator.h"
-#include "platform/FilePresenter.h"
-#include "platform/MimeContentTypeRegistry.h"
+#include "drive/coordination/DriveCoordinationBackend.h"
+#include "drive/store/DriveStore.h"
+#include "platform/files/ContentTypeRegistry.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/cloud/FileCoordinator.h"
+#include "platform/cloud/FilePresenter.h"
+#include "platform/files/MimeContentTypeRegistry.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "drive/DriveChangeWatcher.h"
+#include "drive/watch/DriveChangeWatcher.h"
 
 #include <gtest/gtest.h>
 

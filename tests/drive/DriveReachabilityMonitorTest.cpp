@@ -1,6 +1,6 @@
-#include "drive/DriveReachabilityMonitor.h"
-#include "drive/NetworkStateSource.h"
-#include "drive/ServiceSettings.h"
+#include "drive/network/DriveReachabilityMonitor.h"
+#include "drive/network/NetworkStateSource.h"
+#include "drive/store/ServiceSettings.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "drive/CloudAccountService.h"
-#include "drive/DriveService.h"
-#include "platform/CloudAccount.h"
-#include "platform/CloudDocuments.h"
-#include "platform/KeyValueStore.h"
-#include "platform/NotificationCenter.h"
+#include "drive/service/CloudAccountService.h"
+#include "drive/service/DriveService.h"
+#include "platform/cloud/CloudAccount.h"
+#include "platform/cloud/CloudDocuments.h"
+#include "platform/cloud/KeyValueStore.h"
+#include "platform/app/NotificationCenter.h"
 
 #include <gtest/gtest.h>
 
@@ -79,13 +79,13 @@ TEST_F(DriveServiceTest, SignOutWhileRunningPostsIdentityChange) {
     const std::optional<CloudAccountToken> before = CloudAccount::shared().identityToken();
     ASSERT_TRUE(before);
     EXPECT_EQ(CloudAccountToken::fromSerialized(before->serialized()), before);
-    EXPECT_TRUE(CloudDocuments::shared().ubiquityRootURL());
+    EXPECT_TRUE(CloudDocuments::shared().driveRootURL());
 
     NotificationWaiter waiter(Notifications::CloudAccountIdentityDidChange);
     ASSERT_FALSE(other_->removeAccount());
     ASSERT_TRUE(waiter.wait());
     EXPECT_FALSE(CloudAccount::shared().identityToken());
-    EXPECT_FALSE(CloudDocuments::shared().ubiquityRootURL());
+    EXPECT_FALSE(CloudDocuments::shared().driveRootURL());
 
     AccountRecord account;
     account.identity = AccountRecord::makeIdentity();

@@ -1,6 +1,6 @@
-#include "drive/DriveStore.h"
-#include "drive/ThumbnailCache.h"
-#include "platform/ContentTypeRegistry.h"
+#include "drive/store/DriveStore.h"
+#include "drive/store/ThumbnailCache.h"
+#include "platform/files/ContentTypeRegistry.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "CoordinationFixture.h"
 
-#include "platform/ItemProgress.h"
+#include "platform/cloud/ItemProgress.h"
 
 #include <atomic>
 #include <condition_variable>

@@ -1,4 +1,4 @@
-#include "drive/LinkStateReader.h"
+#include "drive/network/LinkStateReader.h"
 
 #include <gtest/gtest.h>
 

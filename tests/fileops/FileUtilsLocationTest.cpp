@@ -2,7 +2,7 @@
 
 #include "model/DriveFixture.h"
 #include "model/ForwardingCloudDocuments.h"
-#include "platform/ContentTypeRegistry.h"
+#include "platform/files/ContentTypeRegistry.h"
 
 namespace vl::test {
 namespace {

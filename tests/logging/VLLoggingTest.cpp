@@ -1,9 +1,9 @@
 #include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
-#include "platform/Dispatch.h"
-#include "platform/NotificationCenter.h"
-#include "platform/Preferences.h"
-#include "platform/SystemLogService.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/app/NotificationCenter.h"
+#include "platform/app/Preferences.h"
+#include "platform/log/SystemLogService.h"
 
 #include <gtest/gtest.h>
 

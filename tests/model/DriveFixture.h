@@ -1,11 +1,11 @@
 #pragma once
 
-#include "drive/DriveService.h"
-#include "drive/DriveStore.h"
+#include "drive/service/DriveService.h"
+#include "drive/store/DriveStore.h"
 #include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
-#include "platform/CloudDocuments.h"
-#include "platform/SystemLogService.h"
+#include "platform/cloud/CloudDocuments.h"
+#include "platform/log/SystemLogService.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "drive/CloudDocumentsService.h"
-#include "drive/DriveService.h"
-#include "platform/CloudDocuments.h"
+#include "drive/service/CloudDocumentsService.h"
+#include "drive/service/DriveService.h"
+#include "platform/cloud/CloudDocuments.h"
 
 #include <atomic>
 #include <functional>
@@ -33,9 +33,9 @@ public:
 
     int attributeReads() const { return attributeReads_; }
 
-    std::optional<Url> ubiquityRootURL() const override { return real_->ubiquityRootURL(); }
-    bool isUbiquitousItemAtURL(const Url& url) const override {
-        return real_->isUbiquitousItemAtURL(url);
+    std::optional<Url> driveRootURL() const override { return real_->driveRootURL(); }
+    bool isDriveItemAtURL(const Url& url) const override {
+        return real_->isDriveItemAtURL(url);
     }
     std::optional<QString> relativePathForURL(const Url& url) const override {
         return real_->relativePathForURL(url);
@@ -91,8 +91,8 @@ public:
     std::optional<QStringList> tagNames(const Url& url, Error* error) const override {
         return real_->tagNames(url, error);
     }
-    std::optional<Error> evictUbiquitousItem(const Url& url) override {
-        return real_->evictUbiquitousItem(url);
+    std::optional<Error> evictDriveItem(const Url& url) override {
+        return real_->evictDriveItem(url);
     }
     std::optional<Error> movePromisedItem(const Url& source, const Url& destination) override {
         return real_->movePromisedItem(source, destination);

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "drive/DriveCoordinationBackend.h"
-#include "drive/DriveService.h"
-#include "platform/FileCoordinator.h"
+#include "drive/coordination/DriveCoordinationBackend.h"
+#include "drive/service/DriveService.h"
+#include "platform/cloud/FileCoordinator.h"
 
 #include <memory>
 

@@ -6,7 +6,7 @@
 #include "model/ForwardingCloudDocuments.h"
 #include "model/PreviewCapability.h"
 #include "model/RefusingCoordinatorBackend.h"
-#include "platform/ContentTypeRegistry.h"
+#include "platform/files/ContentTypeRegistry.h"
 
 #include <QImage>
 #include <QLocale>

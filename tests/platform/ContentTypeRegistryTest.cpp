@@ -1,5 +1,5 @@
-#include "platform/ContentTypeRegistry.h"
-#include "platform/MimeContentTypeRegistry.h"
+#include "platform/files/ContentTypeRegistry.h"
+#include "platform/files/MimeContentTypeRegistry.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "platform/Dispatch.h"
-#include "platform/RealDispatcher.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/dispatch/RealDispatcher.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "platform/Error.h"
-#include "platform/Format.h"
+#include "platform/files/Error.h"
+#include "platform/text/Format.h"
 
 #include <gtest/gtest.h>
 

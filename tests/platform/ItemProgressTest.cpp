@@ -1,4 +1,4 @@
-#include "platform/ItemProgress.h"
+#include "platform/cloud/ItemProgress.h"
 
 #include <gtest/gtest.h>
 

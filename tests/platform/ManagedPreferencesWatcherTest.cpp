@@ -1,5 +1,5 @@
-#include "platform/ManagedPreferencesWatcher.h"
-#include "platform/NotificationCenter.h"
+#include "platform/app/ManagedPreferencesWatcher.h"
+#include "platform/app/NotificationCenter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "platform/NetworkActivityIndicator.h"
-#include "platform/VirtualDispatcher.h"
+#include "platform/app/NetworkActivityIndicator.h"
+#include "platform/dispatch/VirtualDispatcher.h"
 
 #include <QList>
 

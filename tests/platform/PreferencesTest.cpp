@@ -1,4 +1,4 @@
-#include "platform/Preferences.h"
+#include "platform/app/Preferences.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "platform/SystemLogService.h"
+#include "platform/log/SystemLogService.h"
 
-#include "platform/JournalMirror.h"
-#include "platform/LogRateQuota.h"
+#include "platform/log/JournalMirror.h"
+#include "platform/log/LogRateQuota.h"
 
 #include <gtest/gtest.h>
 

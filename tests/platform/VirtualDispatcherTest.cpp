@@ -1,4 +1,4 @@
-#include "platform/VirtualDispatcher.h"
+#include "platform/dispatch/VirtualDispatcher.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ReachabilityMonitor.h"
+#include "platform/cloud/ReachabilityMonitor.h"
 
 namespace vl::test {
 

@@ -2,7 +2,7 @@
 
 #include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
-#include "platform/SystemLogService.h"
+#include "platform/log/SystemLogService.h"
 
 #include <QFile>
 #include <QJsonDocument>

@@ -1,6 +1,6 @@
 #include "services/NetworkIndicator.h"
 
-#include "platform/NetworkActivityIndicator.h"
+#include "platform/app/NetworkActivityIndicator.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "services/FakeReachabilityMonitor.h"
 #include "services/LogCapture.h"
 
-#include "platform/VirtualDispatcher.h"
+#include "platform/dispatch/VirtualDispatcher.h"
 
 #include <gtest/gtest.h>
 

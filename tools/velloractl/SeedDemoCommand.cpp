@@ -5,7 +5,7 @@
 #include "SigninCommand.h"
 #include "TagDictionary.h"
 #include "ToolContext.h"
-#include "platform/ContentTypeRegistry.h"
+#include "platform/files/ContentTypeRegistry.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -3,8 +3,8 @@
 #include "Arguments.h"
 #include "TagDictionary.h"
 #include "ToolContext.h"
-#include "drive/LinkStateReader.h"
-#include "drive/NetworkStateSource.h"
+#include "drive/network/LinkStateReader.h"
+#include "drive/network/NetworkStateSource.h"
 
 #include <QDirIterator>
 #include <QFileInfo>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "drive/DriveStore.h"
-#include "platform/Error.h"
-#include "platform/Url.h"
+#include "drive/store/DriveStore.h"
+#include "platform/files/Error.h"
+#include "platform/files/Url.h"
 
 #include <QString>
 

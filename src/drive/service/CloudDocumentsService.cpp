@@ -1,0 +1,143 @@
+#include "drive/service/CloudDocumentsService.h"
+
+#include "logging/VLLogging.h"
+
+namespace vl {
+
+CloudDocumentsService::CloudDocumentsService(std::shared_ptr<DriveStore> store)
+    : store_(std::move(store)) {}
+
+bool CloudDocumentsService::isSignedIn() const {
+    return store_->readAccount().has_value();
+}
+
+std::optional<Url> CloudDocumentsService::driveRootURL() const {
+    if (!isSignedIn()) {
+        return std::nullopt;
+    }
+    return store_->driveRootURL();
+}
+
+bool CloudDocumentsService::isDriveItemAtURL(const Url& url) const {
+    return store_->relativePath(url).has_value();
+}
+
+std::optional<QString> CloudDocumentsService::relativePathForURL(const Url& url) const {
+    return store_->relativePath(url);
+}
+
+QList<CloudContainer> CloudDocumentsService::containers() const {
+    QList<CloudContainer> containers;
+    for (const ContainerRecord& record : store_->containerRecords()) {
+        containers.append(record.cloudContainer(store_->home()));
+    }
+    return containers;
+}
+
+std::optional<CloudContainer> CloudDocumentsService::containerForItemAtURL(const Url& url,
+                                                                           Error* error) const {
+    const std::optional<ContainerRecord> record = store_->containerRecordForURL(url, error);
+    if (!record) {
+        return std::nullopt;
+    }
+    return record->cloudContainer(store_->home());
+}
+
+QString CloudDocumentsService::defaultContainerIdentifier() const {
+    const std::optional<ContainerRecord> record = store_->defaultContainerRecord();
+    return record ? record->identifier : QString();
+}
+
+QString CloudDocumentsService::defaultContainerLocalizedName() const {
+    const std::optional<ContainerRecord> record = store_->defaultContainerRecord();
+    return record ? record->localizedName : QString();
+}
+
+std::optional<Url> CloudDocumentsService::defaultContainerURL() const {
+    if (!isSignedIn()) {
+        return std::nullopt;
+    }
+    const std::optional<ContainerRecord> record = store_->defaultContainerRecord();
+    if (!record) {
+        return std::nullopt;
+    }
+    const std::optional<QString> path = record->documentsPath(store_->home());
+    if (!path) {
+        return std::nullopt;
+    }
+    return Url::fromPath(*path, true);
+}
+
+bool CloudDocumentsService::isContainerRootURL(const Url& url) const {
+    return store_->appLibraryAtURL(url).has_value();
+}
+
+bool CloudDocumentsService::isAppLibraryDocumentsURL(const Url& url) const {
+    // An app library's documents folder is the folder the root list shows for it.
+    return store_->appLibraryAtURL(url).has_value();
+}
+
+std::optional<Error> CloudDocumentsService::deleteAllContentsOfContainer(
+    const CloudContainer& container) {
+    return store_->deleteContainerContents(container.identifier());
+}
+
+bool CloudDocumentsService::hasItemPromiseAtURL(const Url& url) const {
+    return store_->hasItemPromise(url);
+}
+
+std::optional<Url> CloudDocumentsService::promisedItemLogicalURL(const Url& placeholderURL,
+                                                                 Error* error) const {
+    return store_->logicalURLOfPlaceholder(placeholderURL, error);
+}
+
+Url CloudDocumentsService::physicalURL(const Url& url) const {
+    return store_->physicalURLOf(url);
+}
+
+bool CloudDocumentsService::checkPromisedItemIsReachable(const Url& url, Error* error) const {
+    return store_->isReachable(url, error);
+}
+
+std::optional<ItemAttributes> CloudDocumentsService::promisedItemResourceValues(
+    const Url& url, ItemAttributeKeys keys, Error* error) const {
+    return store_->promisedItemAttributes(url, keys, error);
+}
+
+std::optional<ItemAttributes> CloudDocumentsService::resourceValues(const Url& url,
+                                                                    ItemAttributeKeys keys,
+                                                                    Error* error) const {
+    return store_->localItemAttributes(url, keys, error);
+}
+
+bool CloudDocumentsService::isExternalDocumentReference(const Url& url) const {
+    return DriveStore::isDocumentReferenceURL(url) && store_->relativePath(url).has_value();
+}
+
+std::optional<Url> CloudDocumentsService::externalDocumentReferenceTarget(const Url& url,
+                                                                          Error* error) const {
+    return store_->documentReferenceTarget(url, error);
+}
+
+std::optional<QStringList> CloudDocumentsService::tagNames(const Url& url, Error* error) const {
+    std::optional<QStringList> tags = store_->tags(url, error);
+    if (!tags || tags->isEmpty()) {
+        return std::nullopt;
+    }
+    return tags;
+}
+
+std::optional<Error> CloudDocumentsService::evictDriveItem(const Url& url) {
+    std::optional<Error> error = store_->evict(url);
+    if (error) {
+        VLLOG(4, "Failed to evict %@: %@", url, *error);
+    }
+    return error;
+}
+
+std::optional<Error> CloudDocumentsService::movePromisedItem(const Url& source,
+                                                             const Url& destination) {
+    return store_->movePromisedItem(source, destination);
+}
+
+}  // namespace vl

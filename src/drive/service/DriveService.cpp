@@ -1,0 +1,81 @@
+#include "drive/service/DriveService.h"
+
+#include "drive/service/CloudAccountService.h"
+#include "drive/service/CloudDocumentsService.h"
+#include "drive/coordination/DriveCoordinationBackend.h"
+#include "drive/network/DriveReachabilityMonitor.h"
+#include "drive/service/KeyValueStoreService.h"
+#include "logging/VLLogging.h"
+
+#include <QCoreApplication>
+
+#include <mutex>
+
+namespace vl {
+
+namespace {
+
+std::mutex& currentMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
+// Guarded by currentMutex().
+std::shared_ptr<DriveService>& currentService() {
+    static std::shared_ptr<DriveService> service;
+    return service;
+}
+
+}  // namespace
+
+DriveService::DriveService(const QString& homePath)
+    : store_(std::make_shared<DriveStore>(DriveHome(homePath))) {
+    if (std::optional<Error> error = store_->prepare()) {
+        VLLOG(3, "Failed to prepare drive home %@: %@", homePath, *error);
+    }
+    documents_ = std::make_shared<CloudDocumentsService>(store_);
+    account_ = std::make_shared<CloudAccountService>(store_);
+    keyValueStore_ = std::make_shared<KeyValueStoreService>(store_);
+}
+
+DriveService::~DriveService() = default;
+
+std::shared_ptr<DriveService> DriveService::install(const QString& homePath) {
+    static std::once_flag stopAtExit;
+    std::call_once(stopAtExit, [] {
+        qAddPostRoutine([] {
+            if (const std::shared_ptr<DriveService> service = current()) {
+                service->stopWatching();
+            }
+        });
+    });
+    auto service = std::make_shared<DriveService>(homePath);
+    service->installShared();
+    VLLOG(6, "Drive service installed for %@", service->store_->home().rootPath());
+    std::lock_guard lock(currentMutex());
+    currentService() = service;
+    return service;
+}
+
+std::shared_ptr<DriveService> DriveService::current() {
+    std::lock_guard lock(currentMutex());
+    return currentService();
+}
+
+void DriveService::stopWatching() {
+    account_->stopWatching();
+    keyValueStore_->stopWatching();
+    if (coordination_) {
+        coordination_->stopWatching();
+    }
+}
+
+void DriveService::installShared() {
+    CloudDocuments::setShared(documents_);
+    CloudAccount::setShared(account_);
+    KeyValueStore::setShared(keyValueStore_);
+    coordination_ = DriveCoordinationBackend::install(store_);
+    DriveReachabilityMonitor::install(store_->home());
+}
+
+}  // namespace vl

@@ -1,0 +1,204 @@
+#pragma once
+
+#include "drive/store/AccountRecord.h"
+#include "drive/store/ContainerRecord.h"
+#include "drive/store/DriveHome.h"
+#include "drive/store/PlaceholderFile.h"
+#include "drive/store/ServiceSettings.h"
+#include "platform/cloud/ItemAttributes.h"
+#include "platform/files/Error.h"
+#include "platform/files/Url.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+namespace vl {
+
+// Everything the drive service keeps on disk for one home (see DriveHome for the layout):
+// records, placeholders and promises, attribute reads, document references, tags and sharing,
+// eviction, the promised-item move, container deletion and the mirroring of local changes to the
+// cloud copy. The cloud documents service, the account, the key-value store, the coordinator and
+// velloractl all work through it.
+//
+// Thread-safe: the file system is the state, except the metadata fallback (guarded by
+// metadataMutex_). Every record it writes goes to a temporary name in the same folder and is
+// renamed into place. Unreadable records give an error or an absent answer and are logged.
+class DriveStore {
+public:
+    // Error code for a record that exists but can't be parsed (the general file domain's "corrupt
+    // file" code).
+    static constexpr int FileReadCorruptFile = 259;
+
+    explicit DriveStore(DriveHome home);
+    ~DriveStore();
+
+    const DriveHome& home() const { return home_; }
+    // Creates the home's folders and, when there is none, the default container record.
+    std::optional<Error> prepare();
+
+    // --- Paths ---
+    std::optional<QString> relativePath(const Url& url) const;  // relative to drive/
+    Url driveURL(const QString& driveRelativePath, bool isDirectory = false) const;
+    Url driveRootURL() const;
+    QString cloudPathFor(const QString& driveRelativePath) const;
+    // The cloud copy of a drive item (logical or placeholder URL); absent outside the drive.
+    std::optional<QString> cloudPathForURL(const Url& url) const;
+
+    // --- Account ---
+    // Absent when signed out; absent with an error when account.json is unreadable.
+    std::optional<AccountRecord> readAccount(Error* error = nullptr) const;
+    std::optional<Error> writeAccount(const AccountRecord& account);
+    std::optional<Error> removeAccount();
+
+    // --- Service settings ---
+    ServiceSettings readServiceSettings() const;
+    std::optional<Error> writeServiceSettings(const ServiceSettings& settings);
+
+    // --- Containers ---
+    // Every readable record, the default one first, then by identifier; unreadable records are
+    // logged and skipped.
+    QList<ContainerRecord> containerRecords() const;
+    std::optional<ContainerRecord> containerRecord(const QString& identifier,
+                                                   Error* error = nullptr) const;
+    std::optional<ContainerRecord> defaultContainerRecord(Error* error = nullptr) const;
+    // Writes the record and makes its folders under drive/ and cloud/. Refuses a second default
+    // container and a folder another container uses.
+    std::optional<Error> addContainer(const ContainerRecord& record);
+    // The container that holds a drive item: the app library whose folder holds it, else the
+    // default container.
+    std::optional<ContainerRecord> containerRecordForURL(const Url& url, Error* error) const;
+    // The app library whose documents folder is exactly `url`.
+    std::optional<ContainerRecord> appLibraryAtURL(const Url& url) const;
+    // Removes every item of the container here and in the cloud, keeping its empty folders.
+    std::optional<Error> deleteContainerContents(const QString& identifier);
+
+    // --- Key-value store ---
+    // Empty with an error when kvstore.json is malformed; empty without one when missing.
+    QVariantMap readKeyValueStore(Error* error = nullptr) const;
+    std::optional<Error> writeKeyValueStore(const QVariantMap& values);
+
+    // --- Placeholders and promises ---
+    static bool isPlaceholderURL(const Url& url);
+    static Url placeholderURLFor(const Url& logicalURL);
+    // The logical URL of a placeholder URL; any other URL as it is.
+    static Url logicalURLFor(const Url& url);
+    static Url downloadURLFor(const Url& logicalURL);
+    std::optional<PlaceholderFile> readPlaceholder(const Url& placeholderURL,
+                                                   Error* error = nullptr) const;
+    std::optional<Error> writePlaceholder(const Url& placeholderURL,
+                                          const PlaceholderFile& record) const;
+    // True for a placeholder URL, and for a logical URL with no local item but a placeholder.
+    bool hasItemPromise(const Url& url) const;
+    // True when the item at the logical URL exists only as a placeholder.
+    bool isCloudOnly(const Url& logicalURL) const;
+    std::optional<Url> logicalURLOfPlaceholder(const Url& placeholderURL, Error* error) const;
+    // The attached physical URL, else the placeholder of a cloud-only item, else `url`.
+    Url physicalURLOf(const Url& url) const;
+    // Whether the item exists, local or cloud-only (logical or placeholder URL).
+    bool isReachable(const Url& url, Error* error) const;
+
+    // --- Attributes ---
+    // Placeholder URLs and the logical URLs of cloud-only items are described from the
+    // placeholder; local items from the file system.
+    std::optional<ItemAttributes> promisedItemAttributes(const Url& url, ItemAttributeKeys keys,
+                                                         Error* error) const;
+    std::optional<ItemAttributes> localItemAttributes(const Url& url, ItemAttributeKeys keys,
+                                                      Error* error) const;
+
+    // --- Document references ---
+    static bool isDocumentReferenceURL(const Url& url);
+    // The target's logical URL; absent when the reference is unreadable or the target is gone.
+    std::optional<Url> documentReferenceTarget(const Url& referenceURL, Error* error) const;
+    std::optional<Error> writeDocumentReference(const Url& referenceURL,
+                                                const QString& targetDriveRelativePath) const;
+
+    // --- Tags and sharing (local items: tags in xattrs, else metadata.json, sharing in
+    // metadata.json; cloud-only: placeholder) ---
+    std::optional<QStringList> tags(const Url& url, Error* error = nullptr) const;
+    std::optional<Error> setTags(const Url& url, const QStringList& tags);
+    // "owner", "participant" or absent (not shared).
+    std::optional<QString> sharedRole(const Url& url) const;
+    std::optional<Error> setSharedRole(const Url& url, const std::optional<QString>& role);
+
+    // --- Items ---
+    // Copies a file or folder into the drive at `driveRelativePath` and into the cloud copy;
+    // with cloudOnly, only a placeholder is made locally. An existing item is never replaced.
+    std::optional<Error> importItem(const QString& sourcePath, const QString& driveRelativePath,
+                                    bool cloudOnly);
+    // Replaces a downloaded local item with a placeholder; its content stays in the cloud copy
+    // (brought up to date first). A cloud-only item is left alone.
+    std::optional<Error> evict(const Url& url);
+    // Moves an item, local or cloud-only, and its cloud copy; tags and sharing follow it.
+    std::optional<Error> movePromisedItem(const Url& source, const Url& destination);
+    // The moves movePromisedItem made on the calling thread since the last call (the latest few),
+    // as (source, destination) in the order made. A coordinated write that announced one of them
+    // knows it happened, cloud copy included, without looking at the disk again.
+    static std::vector<std::pair<Url, Url>> takeMovesMadeOnThisThread();
+    // Removes an item, local or cloud-only, and its cloud copy.
+    std::optional<Error> removeItem(const Url& url);
+
+    // --- Downloads (used by the coordinator) ---
+    // The cloud content of a cloud-only item.
+    std::optional<QString> cloudContentPath(const Url& logicalURL, Error* error) const;
+    // Puts a downloaded copy in place: renames `downloadedPath` to the logical URL, gives it the
+    // placeholder's dates, tags and sharing, and removes the placeholder.
+    std::optional<Error> completeDownload(const Url& logicalURL, const QString& downloadedPath);
+
+    // --- Mirroring of local changes to the cloud copy ---
+    // The content of a local item (file or folder) is copied to its cloud path.
+    std::optional<Error> mirrorLocalChange(const Url& url);
+    std::optional<Error> mirrorLocalMove(const Url& source, const Url& destination);
+    std::optional<Error> mirrorLocalDeletion(const Url& url);
+
+    // --- Metadata fallback bookkeeping (moves and deletions made outside this class) ---
+    void moveMetadata(const QString& fromRelativePath, const QString& toRelativePath);
+    void removeMetadata(const QString& relativePath);
+
+private:
+    // Reads the placeholder of a cloud-only item (by its logical or placeholder URL), applies the
+    // change and writes it back.
+    std::optional<Error> updatePlaceholder(const Url& url,
+                                           const std::function<void(PlaceholderFile&)>& change);
+    struct Metadata;
+    struct Caches;
+
+    // Reads the record into metadata_ when metadata.json changed; caller holds metadataMutex_.
+    // A read-only caller may pass mayReuse: then a record checked moments ago, with no write by
+    // this process since, is trusted without another stat (per-item attribute reads stay at one
+    // statx; another process's change shows within kMetadataRecheckNs).
+    void refreshMetadataLocked(bool mayReuse = false) const;
+    std::optional<Error> saveMetadataLocked() const;
+    std::optional<QString> readStringAttribute(const QString& path, const char* xattrName,
+                                               const char* metadataKey, bool isSymlink) const;
+    std::optional<QString> sharedRoleOfLocal(const QString& path) const;
+    // Whether the record holds that key for the item at path (a recently checked record will do).
+    bool hasMetadataValue(const QString& path, const char* metadataKey) const;
+    // With no xattrName the value goes to metadata.json only.
+    std::optional<Error> writeStringAttribute(const QString& path, const char* xattrName,
+                                              const char* metadataKey,
+                                              const std::optional<QString>& value);
+    void describeType(const QString& name, bool isDirectory, ItemAttributes& attributes,
+                      ItemAttributeKeys keys) const;
+    std::optional<ItemAttributes> placeholderAttributes(const Url& logicalURL,
+                                                        const QString& placeholderPath,
+                                                        ItemAttributeKeys keys, Error* error) const;
+    std::optional<Error> copyToCloud(const QString& localPath, const QString& cloudPath) const;
+    // The cloud-only half of movePromisedItem: renames the placeholder of from.
+    std::optional<Error> movePlaceholder(const Url& from, const Url& to);
+    std::optional<Error> evictFile(const QString& path);
+
+    DriveHome home_;
+    mutable std::mutex metadataMutex_;
+    std::unique_ptr<Metadata> metadata_;  // guarded by metadataMutex_
+    std::unique_ptr<Caches> caches_;      // has its own lock
+};
+
+}  // namespace vl

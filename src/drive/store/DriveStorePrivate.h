@@ -1,0 +1,38 @@
+#pragma once
+
+#include "drive/store/DriveStore.h"
+#include "drive/store/DriveStoreSupport.h"
+
+#include <QHash>
+#include <QJsonObject>
+
+#include <mutex>
+
+namespace vl {
+
+// The record of local items' sharing (and of tags where user xattrs are refused), keyed by
+// drive-relative path, mirrored from metadata.json whenever that file's modification time
+// changes (another process wrote it).
+struct DriveStore::Metadata {
+    QJsonObject entries;
+    qint64 loadedStamp = -1;  // metadata.json's mtime in ns when read; -1 = never, -2 = missing
+    qint64 checkedAt = 0;     // coarse monotonic ns of the last look at metadata.json
+    quint64 writesSeen = 0;   // metadataWrites at that look
+};
+
+// Caches of what is dear to compute per item and rarely changes. Guarded by `mutex`.
+struct DriveStore::Caches {
+    struct TypeInfo {
+        QString contentType;
+        QString description;
+        bool isPackage = false;
+    };
+    // Tells this store's caches from those of a store that lived at the same address before.
+    const quint64 id = storesupport::nextCachesId.fetch_add(1) + 1;
+    std::mutex mutex;
+    QHash<QString, TypeInfo> types;  // key: "d:" or "f:" + lower-case extension
+    QList<ContainerRecord> containers;
+    qint64 containersStamp = -1;  // containers/ mtime in ns
+};
+
+}  // namespace vl
