@@ -12,7 +12,10 @@ function(vellora_module folder)
     target_link_libraries(vellora_${folder} PUBLIC ${ARG_DEPS})
 endfunction()
 
-# One test executable per folder of tests/, registered test by test with CTest.
+# One test executable per folder of tests/, registered test by test with CTest, and once more as
+# a whole (tests_<folder>.whole): every test of the binary in one process, in shuffled order, three
+# times over, so that state one test leaves behind for the next fails the run. A failing run
+# prints the shuffle seed; `--gtest_random_seed=<seed>` repeats its order.
 #
 #   vellora_tests(<folder> [DEPS <targets>...])  ->  target tests_<folder>
 function(vellora_tests folder)
@@ -25,4 +28,8 @@ function(vellora_tests folder)
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
         PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${ARG_ENVIRONMENT}" TIMEOUT 120)
+    add_test(NAME tests_${folder}.whole
+        COMMAND tests_${folder} --gtest_shuffle --gtest_repeat=3 --gtest_brief=1)
+    set_tests_properties(tests_${folder}.whole PROPERTIES
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${ARG_ENVIRONMENT}" TIMEOUT 900 LABELS whole)
 endfunction()

@@ -17,7 +17,7 @@ NetworkWatcher& NetworkWatcher::sharedNetworkWatcher() {
     return *shared;
 }
 
-NetworkWatcher::NetworkWatcher() : queue_(Dispatch::serialQueue(QString::fromLatin1(QueueLabel))) {}
+NetworkWatcher::NetworkWatcher() = default;
 
 NetworkWatcher::~NetworkWatcher() {
     stop();
@@ -27,6 +27,9 @@ void NetworkWatcher::start() {
     if (reachability_) {
         return;
     }
+    // The queue comes from the dispatcher installed now, not the one installed when the watcher
+    // was made: the process-wide watcher outlives the dispatchers tests install.
+    queue_ = Dispatch::serialQueue(QString::fromLatin1(QueueLabel));
     reachability_ = ReachabilityMonitor::createWithName(QString::fromLatin1(ProbeHostName));
     if (!reachability_) {
         VLLOG(3, "Couldn't create reachability object");
@@ -52,6 +55,7 @@ void NetworkWatcher::stop() {
     reachability_.reset();
     // A callback already running finishes before the state is reset, so it can't overwrite it.
     queue_->sync([] {});
+    queue_.reset();
     reachabilityFlags_ = 0;
     networkState_ = NetworkStateUnknown;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/dispatch/Dispatch.h"
 #include "platform/cloud/ReachabilityMonitor.h"
+#include "platform/dispatch/Dispatch.h"
 
 #include <QString>
 
@@ -13,9 +13,9 @@ namespace vl {
 // The network state of the device, kept from the reachability monitor: unknown, not connected,
 // Wi-Fi or cellular. No notification is posted when it changes; users read it when they need it.
 //
-// Threading: `start` and `stop` run on the main thread and alone touch `reachability_`; the
-// reachability callbacks run on `queue_`. The flag word and the state are atomics, read from any
-// thread without a lock.
+// Threading: `start` and `stop` run on the main thread and alone touch `reachability_` and
+// `queue_`; the reachability callbacks run on `queue_`. The flag word and the state are atomics,
+// read from any thread without a lock.
 class NetworkWatcher {
 public:
     using NetworkState = unsigned long;
@@ -39,7 +39,8 @@ public:
     // Begins watching; does nothing when already started. No reading is taken here: the state
     // stays as it is until the monitor's first callback.
     void start();
-    // Ends watching and goes back to the unknown state.
+    // Ends watching and goes back to the unknown state, as if never started: the next start
+    // makes a new monitor and queue (tests stop the process-wide watcher after each test).
     void stop();
 
     NetworkState networkState() const { return networkState_.load(std::memory_order_relaxed); }
@@ -56,7 +57,7 @@ private:
     static void reachabilityCallback(ReachabilityMonitor::Flags flags, void* context);
     void reachabilityFlagsChanged(ReachabilityMonitor::Flags flags);
 
-    const DispatchQueuePtr queue_;
+    DispatchQueuePtr queue_;                             // main thread only; set while started
     std::unique_ptr<ReachabilityMonitor> reachability_;  // main thread only
     std::atomic<ReachabilityMonitor::Flags> reachabilityFlags_{0};
     std::atomic<NetworkState> networkState_{NetworkStateUnknown};

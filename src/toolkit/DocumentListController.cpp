@@ -42,13 +42,18 @@ constexpr ActionTitle kActionTitles[] = {
 }  // namespace
 
 DispatchQueuePtr DocumentListController::readQueue() {
-    // One reader queue for every list, made again when a test installs another dispatcher.
+    // One reader queue for every list, made again when another dispatcher is installed. The
+    // owner is held weakly rather than by address: a new dispatcher may be allocated where a
+    // freed one was, and must not get the old one's queue, which nobody drains any more.
     static std::mutex mutex;
-    static Dispatcher* owner = nullptr;
+    static std::weak_ptr<Dispatcher> owner;
     static DispatchQueuePtr queue;
     std::lock_guard lock(mutex);
-    Dispatcher* current = &Dispatch::dispatcher();
-    if (!queue || owner != current) {
+    std::shared_ptr<Dispatcher> current = Dispatch::installedDispatcher();
+    if (!current) {
+        current = Dispatch::realDispatcher();
+    }
+    if (!queue || owner.lock() != current) {
         owner = current;
         queue = Dispatch::serialQueue(QStringLiteral("com.tessaly.VelloraApp.DocumentListReader"),
                                       QualityOfService::UserInitiated);

@@ -1,8 +1,8 @@
 #include "app/AppDelegate.h"
 
 #include "browser/NavController.h"
-#include "drive/store/AccountRecord.h"
 #include "drive/service/DriveService.h"
+#include "drive/store/AccountRecord.h"
 #include "platform/cloud/CloudDocuments.h"
 #include "platform/cloud/KeyValueStore.h"
 #include "services/NetworkWatcher.h"
@@ -32,6 +32,8 @@ protected:
         ASSERT_FALSE(store_->writeServiceSettings(settings));
     }
     void TearDown() override {
+        // The delegate starts the process-wide watcher; the next test's drive is another one.
+        NetworkWatcher::sharedNetworkWatcher().stop();
         CloudDocuments::setShared(nullptr);
         CloudAccount::setShared(nullptr);
         KeyValueStore::setShared(nullptr);

@@ -113,14 +113,23 @@ TEST_F(NetworkWatcherTest, SetUpFailuresLeaveItNotConnected) {
     EXPECT_EQ(log_.count(QStringLiteral("Couldn't set reachability callback or queue")), 2);
 }
 
-TEST(NetworkWatcherDescriptionTest, DescribesKnownStatesAndNumbersTheRest) {
-    EXPECT_EQ(NetworkWatcher::descriptionForNetworkState(0), QStringLiteral("unknown"));
-    EXPECT_EQ(NetworkWatcher::descriptionForNetworkState(1), QStringLiteral("not connected"));
-    EXPECT_EQ(NetworkWatcher::descriptionForNetworkState(2), QStringLiteral("connected to Wi-Fi"));
-    EXPECT_EQ(NetworkWatcher::descriptionForNetworkState(3),
-              QStringLiteral("connected to cellular"));
-    EXPECT_EQ(NetworkWatcher::descriptionForNetworkState(7), QStringLiteral("??? (7)"));
-    EXPECT_EQ(&NetworkWatcher::sharedNetworkWatcher(), &NetworkWatcher::sharedNetworkWatcher());
+// The process-wide watcher is made once and outlives the dispatchers that tests install: it
+// listens on a queue of the dispatcher installed when it starts.
+TEST(NetworkWatcherRestartTest, ListensOnTheDispatcherInstalledAtEachStart) {
+    NetworkWatcher watcher;
+    FakeReachabilityMonitor::Script script;
+    FakeReachabilityMonitor::install(&script);
+    for (ReachabilityMonitor::Flags flags : {0x2u, 0x40002u}) {
+        VirtualDispatcher::Installation dispatch;
+        watcher.start();
+        ASSERT_NE(script.created, nullptr);
+        script.created->deliver(flags);
+        EXPECT_EQ(dispatch->pendingCount(), 1) << "queued on the installed dispatcher";
+        dispatch->runUntilIdle();
+        EXPECT_EQ(watcher.reachabilityFlags(), flags);
+        watcher.stop();
+    }
+    FakeReachabilityMonitor::install(nullptr);
 }
 
 }  // namespace
