@@ -60,11 +60,22 @@ bool PathLockTable::acquire(const std::vector<Request>& requests,
                             const std::atomic<bool>& cancelled, Holder* holder) {
     const std::thread::id thread = std::this_thread::get_id();
     std::unique_lock lock(mutex_);
+    bool blocked = false;
     changed_.wait(lock, [&] {
-        return cancelled.load() ||
-               std::none_of(requests.begin(), requests.end(),
-                            [&](const Request& r) { return conflicts(r, thread); });
+        const bool ready = cancelled.load() ||
+                           std::none_of(requests.begin(), requests.end(),
+                                        [&](const Request& r) { return conflicts(r, thread); });
+        if (!ready && !blocked) {
+            // Counted under the mutex, which the wait releases only once it waits.
+            blocked = true;
+            ++blocked_;
+            blockedChanged_.notify_all();
+        }
+        return ready;
     });
+    if (blocked) {
+        --blocked_;
+    }
     if (cancelled.load()) {
         return false;
     }
@@ -80,6 +91,11 @@ void PathLockTable::wakeAll() {
     // Taking the mutex orders the wake-up after a waiter's check of its flag.
     std::lock_guard lock(mutex_);
     changed_.notify_all();
+}
+
+bool PathLockTable::waitUntilBlocked(int count, std::chrono::milliseconds timeout) {
+    std::unique_lock lock(mutex_);
+    return blockedChanged_.wait_for(lock, timeout, [&] { return blocked_ >= count; });
 }
 
 void PathLockTable::release(quint64 id) {

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -46,6 +47,12 @@ public:
     // Wakes the waiting requests so that they look at their cancel flags.
     void wakeAll();
 
+    // Waits until at least `count` requests are blocked behind conflicting locks (true), or
+    // until `timeout` passed (false). A request counted here is inside its wait: whatever the
+    // caller does next (a cancel, a release) reaches a waiter, not one still on its way. Tests
+    // use it instead of racing the threads they start.
+    bool waitUntilBlocked(int count, std::chrono::milliseconds timeout);
+
 private:
     struct Lock {
         quint64 id;
@@ -58,8 +65,10 @@ private:
 
     std::mutex mutex_;
     std::condition_variable changed_;
+    std::condition_variable blockedChanged_;
     std::vector<Lock> locks_;  // guarded by mutex_
     quint64 nextId_ = 1;       // guarded by mutex_
+    int blocked_ = 0;          // requests waiting for a conflict to go; guarded by mutex_
 };
 
 }  // namespace vl
