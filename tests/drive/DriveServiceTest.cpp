@@ -1,9 +1,9 @@
 #include "drive/service/CloudAccountService.h"
 #include "drive/service/DriveService.h"
+#include "platform/app/NotificationCenter.h"
 #include "platform/cloud/CloudAccount.h"
 #include "platform/cloud/CloudDocuments.h"
 #include "platform/cloud/KeyValueStore.h"
-#include "platform/app/NotificationCenter.h"
 
 #include <gtest/gtest.h>
 
@@ -118,12 +118,27 @@ TEST_F(DriveServiceTest, QuotaAnswersFreeBytesOffTheCallersThreadOrAnError) {
     EXPECT_FALSE(answer->second);
     EXPECT_NE(answeredOn, QThread::currentThreadId());
 
+    auto expectError = [&](const QString& domain, int code) {
+        ASSERT_TRUE(ask());
+        EXPECT_EQ(answer->first, 0u);
+        ASSERT_TRUE(answer->second);
+        EXPECT_EQ(answer->second->domain(), domain);
+        EXPECT_EQ(answer->second->code(), code);
+    };
     AccountRecord account = *other_->readAccount();
     account.freeBytes.reset();
     ASSERT_FALSE(other_->writeAccount(account));
-    ASSERT_TRUE(ask());
-    ASSERT_TRUE(answer->second);
-    EXPECT_EQ(answer->second->code(), CloudAccountService::QuotaUnavailable);
+    expectError(CloudAccountService::ErrorDomain, CloudAccountService::QuotaUnavailable);
+
+    // Offline, the server can't be asked; signed out, there is no account to ask about.
+    account.freeBytes = 42;
+    ASSERT_FALSE(other_->writeAccount(account));
+    ServiceSettings offline;
+    offline.network = ServiceSettings::NetworkNone;
+    ASSERT_FALSE(other_->writeServiceSettings(offline));
+    expectError(Error::FileErrorDomain, Error::CloudServerUnavailable);
+    ASSERT_FALSE(other_->removeAccount());
+    expectError(CloudAccountService::ErrorDomain, CloudAccountService::NotAuthenticated);
 }
 
 TEST_F(DriveServiceTest, KeyValueStoreSeesOtherProcessesButNotItsOwnWrites) {
@@ -172,9 +187,13 @@ TEST_F(DriveServiceTest, ContainersAndAppLibrariesThroughTheContract) {
 
     EXPECT_FALSE(
         documents.containerForItemAtURL(Url::fromPath(QStringLiteral("/etc/hosts")), &error));
-    EXPECT_NE(error.code(), 0);
-    EXPECT_TRUE(documents.deleteAllContentsOfContainer(
-        *documents.containerForItemAtURL(other_->driveRootURL(), nullptr)));
+    EXPECT_EQ(error.domain(), Error::FileErrorDomain);
+    EXPECT_EQ(error.code(), 256);
+    const std::optional<Error> refused = documents.deleteAllContentsOfContainer(
+        *documents.containerForItemAtURL(other_->driveRootURL(), nullptr));
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->domain(), Error::FileErrorDomain);
+    EXPECT_EQ(refused->code(), Error::FeatureUnsupported);
 }
 
 }  // namespace

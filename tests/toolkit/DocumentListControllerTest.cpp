@@ -7,9 +7,12 @@
 #include "toolkit/DocumentListControllerDelegate.h"
 #include "toolkit/DocumentListModel.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -196,6 +199,32 @@ TEST_F(DocumentListControllerTest, HierarchyRunsFromTheRootDownToTheFolder) {
     EXPECT_EQ(DocumentListController::hierarchyForURL(root)->size(), 1);
     EXPECT_FALSE(DocumentListController::hierarchyForURL(Url::fromPath(dir.path())));
     EXPECT_FALSE(DocumentListController::hierarchyForURL(root.appendingPathComponent("Nope")));
+}
+
+TEST_F(DocumentListControllerTest, AShownListReadsItsFolderAgainWhenItChangesOnDisk) {
+    auto list = loadedRootList();
+    ASSERT_NE(list, nullptr);
+    list->loadViewIfNeeded();
+    const Url added = root.appendingPathComponent("Added.txt");
+    const Url work = root.appendingPathComponent("Work", true);
+    // Another program writes into the folder: the change comes through the event loop, the read
+    // through the reader queue.
+    auto shownAfterChanges = [&](auto done) {
+        QDeadlineTimer deadline(10'000);
+        QTimer wake;
+        wake.start(10);
+        while (!done() && !deadline.hasExpired()) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            dispatch->runUntilIdle();
+        }
+        return done();
+    };
+    write(added.path());
+    EXPECT_TRUE(shownAfterChanges([&] { return list->containedItems().contains(added); }));
+    ASSERT_TRUE(QDir(work.path()).removeRecursively());
+    EXPECT_TRUE(shownAfterChanges([&] { return !list->containedItems().contains(work); }));
+    EXPECT_EQ(names(list),
+              (QStringList{"Added.txt", "Cloud.txt", "Editor", "report 9.txt", "Report 10.txt"}));
 }
 
 TEST_F(DocumentListControllerTest, NoListWhileSignedOut) {

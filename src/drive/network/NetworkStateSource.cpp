@@ -113,25 +113,31 @@ void NetworkStateSource::startSystemInformation() {
     }
 }
 
-NetworkStateSource::Flags NetworkStateSource::systemFlags() const {
+NetworkStateSource::Flags NetworkStateSource::systemFlags(
+    std::optional<QNetworkInformation::Reachability> reachability,
+    std::optional<QNetworkInformation::TransportMedium> medium, Flags links) {
     using Info = QNetworkInformation;
-    const Flags links = reader_.currentFlags();
-    const int reachability = systemReachability_;
-    if (reachability < 0 || reachability == static_cast<int>(Info::Reachability::Unknown)) {
+    if (!reachability || *reachability == Info::Reachability::Unknown) {
         return links;
     }
-    if (reachability != static_cast<int>(Info::Reachability::Online) &&
-        reachability != static_cast<int>(Info::Reachability::Site)) {
+    if (*reachability != Info::Reachability::Online && *reachability != Info::Reachability::Site) {
         return 0;
     }
-    const int medium = systemMedium_;
-    bool cellular = false;
-    if (medium < 0 || medium == static_cast<int>(Info::TransportMedium::Unknown)) {
-        cellular = (links & ReachabilityMonitor::IsWWAN) != 0;
-    } else {
-        cellular = medium == static_cast<int>(Info::TransportMedium::Cellular);
-    }
+    const bool cellular = !medium || *medium == Info::TransportMedium::Unknown
+                              ? (links & ReachabilityMonitor::IsWWAN) != 0
+                              : *medium == Info::TransportMedium::Cellular;
     return ReachabilityMonitor::Reachable | (cellular ? ReachabilityMonitor::IsWWAN : 0);
+}
+
+NetworkStateSource::Flags NetworkStateSource::systemFlags() const {
+    using Info = QNetworkInformation;
+    const int reachability = systemReachability_;
+    const int medium = systemMedium_;
+    return systemFlags(
+        reachability < 0 ? std::nullopt
+                         : std::optional(static_cast<Info::Reachability>(reachability)),
+        medium < 0 ? std::nullopt : std::optional(static_cast<Info::TransportMedium>(medium)),
+        reader_.currentFlags());
 }
 
 NetworkStateSource::Flags NetworkStateSource::computeFlags() const {

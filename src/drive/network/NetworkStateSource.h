@@ -1,10 +1,11 @@
 #pragma once
 
-#include "drive/store/DriveHome.h"
 #include "drive/network/LinkStateReader.h"
+#include "drive/store/DriveHome.h"
 #include "platform/cloud/ReachabilityMonitor.h"
 
 #include <QHash>
+#include <QNetworkInformation>
 
 #include <atomic>
 #include <functional>
@@ -32,6 +33,11 @@ public:
     static std::shared_ptr<NetworkStateSource> forHome(const DriveHome& home);
     // The flags an override value stands for; absent for "auto" and anything unknown.
     static std::optional<Flags> overrideFlags(const QString& network);
+    // The machine's flags with no override: what QNetworkInformation says (absent before it
+    // answered), the links deciding what it does not know.
+    static Flags systemFlags(std::optional<QNetworkInformation::Reachability> reachability,
+                             std::optional<QNetworkInformation::TransportMedium> medium,
+                             Flags links);
 
     NetworkStateSource(DriveHome home, LinkStateReader reader);
     ~NetworkStateSource();
