@@ -162,9 +162,19 @@ TEST_F(DriveStoreTest, PromisedMoveMovesCloudOnlyItemAndItsCloudCopy) {
 
 TEST_F(DriveStoreTest, MoveCarriesOnlyACloudCopyThereIs) {
     // Written into the drive by another program: the cloud never had it, and a move uploads
-    // nothing, but a stale copy at the destination goes.
+    // nothing. A cloud copy with no item at the destination may be the only copy of something:
+    // the move is refused rather than replace it, and the recovery pass makes it reachable.
     writeFile(drive(QStringLiteral("Local.txt")), "local");
-    writeFile(cloud(QStringLiteral("Renamed.txt")), "stale");
+    writeFile(cloud(QStringLiteral("Orphan.txt")), "only copy");
+    const std::optional<Error> refused =
+        store_->movePromisedItem(store_->driveURL(QStringLiteral("Local.txt")),
+                                 store_->driveURL(QStringLiteral("Orphan.txt")));
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->code(), Error::FileWriteFileExists);
+    EXPECT_EQ(readAll(cloud(QStringLiteral("Orphan.txt"))), QByteArray("only copy"));
+    EXPECT_EQ(store_->recover(), 1);
+    EXPECT_TRUE(store_->isCloudOnly(store_->driveURL(QStringLiteral("Orphan.txt"))));
+
     ASSERT_FALSE(store_->movePromisedItem(store_->driveURL(QStringLiteral("Local.txt")),
                                           store_->driveURL(QStringLiteral("Renamed.txt"))));
     EXPECT_EQ(readAll(drive(QStringLiteral("Renamed.txt"))), QByteArray("local"));
@@ -194,10 +204,10 @@ TEST_F(DriveStoreTest, EvictThenDownloadGivesTheLastLocalContent) {
     EXPECT_EQ(store_->tags(url), QStringList({QStringLiteral("Red"), QStringLiteral("a,b")}));
     EXPECT_FALSE(store_->evict(url)) << "evicting a cloud-only item changes nothing";
 
-    // A plain download: the cloud content to the download name, then into place.
+    // A plain download: the cloud content to a copy outside the drive, then into place.
     const std::optional<QString> content = store_->cloudContentPath(url, nullptr);
     ASSERT_TRUE(content);
-    const QString partial = DriveStore::downloadURLFor(url).path();
+    const QString partial = store_->home().stagingDir() + QStringLiteral("/copy");
     ASSERT_TRUE(QFile::copy(*content, partial));
     ASSERT_FALSE(store_->completeDownload(url, partial));
 

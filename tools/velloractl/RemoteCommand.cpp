@@ -3,21 +3,58 @@
 #include "Arguments.h"
 #include "ToolContext.h"
 
+#include "drive/integrity/CrashPoint.h"
+#include "drive/integrity/HomeLock.h"
+#include "drive/integrity/ItemTree.h"
+#include "drive/integrity/StagingArea.h"
+
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
 
 namespace vl {
 
 namespace {
 
-std::optional<Error> writeInPlace(const QString& path, const QByteArray& content, bool append) {
-    QFile file(path);
-    const QIODevice::OpenMode mode =
-        QIODevice::WriteOnly | (append ? QIODevice::Append : QIODevice::Truncate);
-    if (!file.open(mode) || file.write(content) != content.size() || !file.flush()) {
-        return Error::posixError(EIO, path);
+// The new version of `path` made whole in the staging area: `content` alone, or the current
+// content followed by `content`. Nothing at `path` changes; a full disk fails here.
+std::optional<QString> stageNewVersion(const QString& homeRoot, const QString& path,
+                                       const QByteArray& content, bool append, Error* error) {
+    std::optional<QString> staged = StagingArea::newPath(homeRoot, error);
+    if (!staged) {
+        return std::nullopt;
     }
+    const QByteArray native = QFile::encodeName(*staged);
+    if (append) {
+        if (std::optional<Error> copyError = ItemTree::copy(QFile::encodeName(path), native)) {
+            *error = *copyError;
+            return std::nullopt;
+        }
+    }
+    QFile file(*staged);
+    const QIODevice::OpenMode mode =
+        QIODevice::WriteOnly | (append ? QIODevice::Append : QIODevice::NewOnly);
+    if (!file.open(mode) || file.write(content) != content.size() || !file.flush()) {
+        *error = Error::posixError(file.error() == QFileDevice::ResourceError ? ENOSPC : EIO, path);
+        file.close();
+        ItemTree::remove(native);
+        return std::nullopt;
+    }
+    file.close();
+    CrashPoint::reach();
+    return staged;
+}
+
+std::optional<Error> install(const QString& staged, const QString& path) {
+    if (::rename(QFile::encodeName(staged).constData(), QFile::encodeName(path).constData()) != 0) {
+        const Error error = Error::posixError(errno, path);
+        ItemTree::remove(QFile::encodeName(staged));
+        return error;
+    }
+    CrashPoint::reach();
     return std::nullopt;
 }
 
@@ -151,15 +188,48 @@ int RemoteCommand::modify(ToolContext& context, const QString& path, const QByte
     if (context.isFolder(path)) {
         return context.fail(QStringLiteral("can't modify a folder: ") + path);
     }
+    // Nothing else of the service changes this item meanwhile (an eviction, a download's
+    // install, another remote change).
+    const QString root = context.home().rootPath();
+    HomeLock lock(root);
     const QString cloudPath = context.home().cloudPathFor(path);
     if (!QFileInfo::exists(cloudPath)) {
         return context.fail(QStringLiteral("the cloud has no copy of ") + path);
     }
-    if (std::optional<Error> error = writeInPlace(cloudPath, content, append)) {
-        return context.fail(QStringLiteral("can't change the cloud copy of ") + path, *error);
-    }
     const Url url = context.store().driveURL(path);
-    if (context.store().isCloudOnly(url)) {
+    const bool cloudOnly = context.store().isCloudOnly(url);
+    const QString localPath = context.home().drivePathFor(path);
+    // Each new version is made whole beside the old and renamed over it, the local copy first: a
+    // crash between the two leaves the local copy newer than the cloud's, which the next eviction
+    // sends, never the other way round.
+    Error error;
+    std::optional<QString> stagedLocal;
+    if (!cloudOnly) {
+        stagedLocal = stageNewVersion(root, localPath, content, append, &error);
+        if (!stagedLocal) {
+            return context.fail(QStringLiteral("can't change the local copy of ") + path, error);
+        }
+    }
+    const std::optional<QString> stagedCloud =
+        stageNewVersion(root, cloudPath, content, append, &error);
+    if (!stagedCloud) {
+        if (stagedLocal) {
+            ItemTree::remove(QFile::encodeName(*stagedLocal));
+        }
+        return context.fail(QStringLiteral("can't change the cloud copy of ") + path, error);
+    }
+    if (stagedLocal) {
+        if (std::optional<Error> installError = install(*stagedLocal, localPath)) {
+            ItemTree::remove(QFile::encodeName(*stagedCloud));
+            return context.fail(QStringLiteral("can't change the local copy of ") + path,
+                                *installError);
+        }
+    }
+    if (std::optional<Error> installError = install(*stagedCloud, cloudPath)) {
+        return context.fail(QStringLiteral("can't change the cloud copy of ") + path,
+                            *installError);
+    }
+    if (cloudOnly) {
         // Only the placeholder's description changes until the item is downloaded again.
         const Url placeholderURL = DriveStore::placeholderURLFor(url);
         Error readError;
@@ -170,13 +240,11 @@ int RemoteCommand::modify(ToolContext& context, const QString& path, const QByte
         }
         record->size = quint64(QFileInfo(cloudPath).size());
         record->modificationDate = QDateTime::currentDateTimeUtc();
-        if (std::optional<Error> error =
+        if (std::optional<Error> writeError =
                 context.store().writePlaceholder(placeholderURL, *record)) {
-            return context.fail(QStringLiteral("can't update the placeholder of ") + path, *error);
+            return context.fail(QStringLiteral("can't update the placeholder of ") + path,
+                                *writeError);
         }
-    } else if (std::optional<Error> error =
-                   writeInPlace(context.home().drivePathFor(path), content, append)) {
-        return context.fail(QStringLiteral("can't change the local copy of ") + path, *error);
     }
     context.print(QStringLiteral("Changed ") + path);
     return 0;

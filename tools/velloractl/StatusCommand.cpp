@@ -93,8 +93,6 @@ int StatusCommand::run(ToolContext& context, Arguments& arguments) {
             if (auto record = store.readPlaceholder(Url::fromPath(info.filePath()), &error)) {
                 cloudOnlyBytes += record->size;
             }
-        } else if (DriveHome::isServiceFileName(info.fileName())) {
-            continue;
         } else if (info.isDir()) {
             ++folders;
         } else if (info.suffix() == DriveHome::ReferenceExtension) {

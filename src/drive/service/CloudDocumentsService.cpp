@@ -1,6 +1,7 @@
 #include "drive/service/CloudDocumentsService.h"
 
 #include "logging/VLLogging.h"
+#include "platform/cloud/FileCoordinator.h"
 
 namespace vl {
 
@@ -128,7 +129,21 @@ std::optional<QStringList> CloudDocumentsService::tagNames(const Url& url, Error
 }
 
 std::optional<Error> CloudDocumentsService::evictDriveItem(const Url& url) {
-    std::optional<Error> error = store_->evict(url);
+    std::optional<Error> error;
+    if (FileCoordinator::Backend::isInstalled()) {
+        // Eviction is a write like any other: it waits for the coordinated reads and writes of
+        // the item under way, and they wait for it.
+        FileCoordinator coordinator;
+        std::optional<Error> coordinationError;
+        coordinator.coordinateWritingItemAtURL(
+            url, FileCoordinator::WritingOptions(), &coordinationError,
+            [&](const Url& actual) { error = store_->evict(actual); });
+        if (coordinationError) {
+            error = coordinationError;
+        }
+    } else {
+        error = store_->evict(url);
+    }
     if (error) {
         VLLOG(4, "Failed to evict %@: %@", url, *error);
     }

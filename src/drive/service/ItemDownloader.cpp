@@ -1,16 +1,18 @@
 #include "drive/service/ItemDownloader.h"
 
-#include "drive/watch/DriveChangeWatcher.h"
-#include "drive/store/DriveStore.h"
 #include "drive/coordination/PathLockTable.h"
 #include "drive/coordination/PresenterRegistry.h"
+#include "drive/integrity/CrashPoint.h"
+#include "drive/integrity/ItemTree.h"
+#include "drive/integrity/StagingArea.h"
+#include "drive/store/DriveStore.h"
+#include "drive/watch/DriveChangeWatcher.h"
 #include "logging/VLLogging.h"
 #include "platform/cloud/ItemProgress.h"
 
-#include <QDir>
-#include <QDirIterator>
 #include <QFile>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,17 +35,9 @@ Error cancelledError(const QString& path) {
     return Error::fileError(Error::UserCancelled, path);
 }
 
-void removeItem(const QString& path) {
-    struct stat st;
-    const QByteArray encoded = QFile::encodeName(path);
-    if (::lstat(encoded.constData(), &st) != 0) {
-        return;
-    }
-    if (S_ISDIR(st.st_mode)) {
-        QDir(path).removeRecursively();
-    } else {
-        ::unlink(encoded.constData());
-    }
+// The cloud copy changed under the copy: it is worth reading again.
+bool isStale(const Error& error) {
+    return error.domain() == Error::POSIXErrorDomain && error.code() == EAGAIN;
 }
 
 class FileDescriptor {
@@ -114,20 +108,9 @@ std::optional<Error> ItemDownloader::download(const Url& logicalURL,
         VLLOG(3, "No cloud content for %@: %@", logicalURL, error);
         return error;
     }
-    const QString destination = DriveHome::downloadPathFor(path);
     const quint64 throttle = settings.throttleBytesPerSecond;
-
-    qint64 total = 0;
-    if (QFileInfo(*source).isDir()) {
-        QDirIterator it(*source, QDir::Files | QDir::Hidden | QDir::NoSymLinks,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            it.next();
-            total += it.fileInfo().size();
-        }
-    } else {
-        total = QFileInfo(*source).size();
-    }
+    const QByteArray cloud = QFile::encodeName(*source);
+    const qint64 total = ItemTree::totalSize(cloud);
 
     const std::shared_ptr<ItemProgress> progress = ItemProgress::create(total);
     progress->setKind(ItemProgress::FileKind);
@@ -136,24 +119,49 @@ std::optional<Error> ItemDownloader::download(const Url& logicalURL,
     VLLOG(6, "Downloading %@ (%lld bytes, throttle %llu B/s)", logicalURL, total, throttle);
     progress->publish();
 
-    removeItem(destination);
-    std::optional<Error> failure = copyItem(*source, destination, *progress, throttle, cancelled);
-    if (!failure) {
-        // The copy goes into place only while no coordinated access of the item is under way,
-        // and only if the item is still the cloud-only one being downloaded (not moved or
-        // deleted meanwhile).
-        PathLockTable::Holder holder;
-        if (!locks_.acquire({{path, true}}, cancelled, &holder)) {
-            failure = cancelledError(path);
-        } else if (!store_->isCloudOnly(logicalURL)) {
-            failure = Error::fileError(Error::FileNoSuchFile, path);
-        } else {
-            failure = store_->completeDownload(logicalURL, destination);
+    // The copy is made in the staging area and goes into place only if the cloud copy did not
+    // change while it was read (a remote change replaces or rewrites it): else it is read again.
+    std::optional<Error> failure;
+    for (int attempt = 1;; ++attempt) {
+        std::optional<QString> destination =
+            StagingArea::newPath(store_->home().rootPath(), &error);
+        if (!destination) {
+            failure = error;
+            break;
         }
+        const QByteArray staged = QFile::encodeName(*destination);
+        const QByteArray version = ItemTree::signature(cloud);
+        progress->setCompletedUnitCount(0);
+        failure = copyItem(cloud, staged, *progress, throttle, cancelled);
+        if (!store_->isCloudOnly(logicalURL)) {
+            // Moved or deleted meanwhile: what was copied is not put back.
+            failure = Error::fileError(Error::FileNoSuchFile, path);
+        } else if (!failure && ItemTree::signature(cloud) != version) {
+            failure = Error::posixError(EAGAIN, path);
+        }
+        if (!failure) {
+            // The copy goes into place only while no coordinated access of the item is under
+            // way, and only if the item is still the cloud-only one being downloaded (not moved
+            // or deleted meanwhile) and its cloud copy still the version copied.
+            PathLockTable::Holder holder;
+            if (!locks_.acquire({{path, true}}, cancelled, &holder)) {
+                failure = cancelledError(path);
+            } else if (!store_->isCloudOnly(logicalURL)) {
+                failure = Error::fileError(Error::FileNoSuchFile, path);
+            } else {
+                failure = store_->completeDownload(logicalURL, *destination, version);
+            }
+        }
+        if (failure) {
+            ItemTree::remove(staged);
+        }
+        if (!failure || !isStale(*failure) || attempt == MaxAttempts) {
+            break;
+        }
+        VLLOG(5, "The cloud copy of %@ changed while it was downloaded; reading it again",
+              logicalURL);
     }
-    if (failure) {
-        removeItem(destination);
-    } else {
+    if (!failure) {
         progress->setCompletedUnitCount(total);
     }
     progress->unpublish();
@@ -172,49 +180,80 @@ std::optional<Error> ItemDownloader::download(const Url& logicalURL,
     return std::nullopt;
 }
 
-std::optional<Error> ItemDownloader::copyItem(const QString& source, const QString& destination,
-                                              ItemProgress& progress, quint64 throttle,
+std::optional<Error> ItemDownloader::copyItem(const QByteArray& source,
+                                              const QByteArray& destination, ItemProgress& progress,
+                                              quint64 throttle,
                                               const std::atomic<bool>& cancelled) {
-    if (!QFileInfo(source).isDir()) {
-        return copyFile(source, destination, progress, 0, throttle, cancelled);
+    struct stat st;
+    if (::lstat(source.constData(), &st) != 0) {
+        return Error::posixError(errno, QFile::decodeName(source));
     }
-    // A folder (a package): its tree, folder by folder, files counted together.
-    if (!QDir().mkpath(destination)) {
-        return Error::posixError(errno, destination);
+    if (!S_ISDIR(st.st_mode) && !S_ISREG(st.st_mode)) {
+        // A symbolic link comes back as a link.
+        return ItemTree::copy(source, destination);
     }
+    if (!S_ISDIR(st.st_mode)) {
+        qint64 done = 0;
+        return copyFile(source, destination, progress, done, throttle, cancelled);
+    }
+    // A folder (a package): its tree, folder by folder, files counted together; names are
+    // taken as bytes, whatever they decode to.
     qint64 done = 0;
-    QDirIterator it(source,
-                    QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        it.next();
-        const QFileInfo info = it.fileInfo();
-        const QString target = destination + it.filePath().mid(source.size());
-        if (info.isDir()) {
-            if (!QDir().mkpath(target)) {
-                return Error::posixError(errno, target);
-            }
-            continue;
+    return copyTree(source, destination, progress, done, throttle, cancelled);
+}
+
+std::optional<Error> ItemDownloader::copyTree(const QByteArray& source,
+                                              const QByteArray& destination, ItemProgress& progress,
+                                              qint64& done, quint64 throttle,
+                                              const std::atomic<bool>& cancelled) {
+    struct stat st;
+    if (::lstat(source.constData(), &st) != 0) {
+        return Error::posixError(errno, QFile::decodeName(source));
+    }
+    if (S_ISREG(st.st_mode)) {
+        return copyFile(source, destination, progress, done, throttle, cancelled);
+    }
+    if (!S_ISDIR(st.st_mode)) {
+        return ItemTree::copy(source, destination);
+    }
+    if (::mkdir(destination.constData(), (st.st_mode & 07777) | S_IRWXU) != 0) {
+        return Error::posixError(errno, QFile::decodeName(destination));
+    }
+    DIR* dir = ::opendir(source.constData());
+    if (!dir) {
+        return Error::posixError(errno, QFile::decodeName(source));
+    }
+    std::vector<QByteArray> names;
+    while (const dirent* entry = ::readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != "..") {
+            names.push_back(name);
         }
-        if (std::optional<Error> error =
-                copyFile(info.filePath(), target, progress, done, throttle, cancelled)) {
+    }
+    ::closedir(dir);
+    for (const QByteArray& name : names) {
+        if (std::optional<Error> error = copyTree(source + '/' + name, destination + '/' + name,
+                                                  progress, done, throttle, cancelled)) {
             return error;
         }
-        done += info.size();
     }
     return std::nullopt;
 }
 
-std::optional<Error> ItemDownloader::copyFile(const QString& source, const QString& destination,
-                                              ItemProgress& progress, qint64 base, quint64 throttle,
+std::optional<Error> ItemDownloader::copyFile(const QByteArray& sourcePath,
+                                              const QByteArray& destinationPath,
+                                              ItemProgress& progress, qint64& base,
+                                              quint64 throttle,
                                               const std::atomic<bool>& cancelled) {
-    FileDescriptor in(::open(QFile::encodeName(source).constData(), O_RDONLY | O_CLOEXEC));
+    const QString source = QFile::decodeName(sourcePath);
+    const QString destination = QFile::decodeName(destinationPath);
+    FileDescriptor in(::open(sourcePath.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
     struct stat st;
     if (in.get() < 0 || ::fstat(in.get(), &st) != 0) {
         return Error::posixError(errno, source);
     }
-    FileDescriptor out(::open(QFile::encodeName(destination).constData(),
-                              O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, st.st_mode & 0777));
+    FileDescriptor out(::open(destinationPath.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                              st.st_mode & 0777));
     if (out.get() < 0) {
         return Error::posixError(errno, destination);
     }
@@ -262,6 +301,7 @@ std::optional<Error> ItemDownloader::copyFile(const QString& source, const QStri
         }
         copied += n;
         progress.setCompletedUnitCount(base + copied);
+        CrashPoint::reach();
         if (throttle > 0) {
             throttleWait(copied, throttle, startedNs, cancelled);
         }
@@ -269,6 +309,7 @@ std::optional<Error> ItemDownloader::copyFile(const QString& source, const QStri
     if (::close(out.release()) != 0) {
         return Error::posixError(errno, destination);
     }
+    base += copied;
     return std::nullopt;
 }
 

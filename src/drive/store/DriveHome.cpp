@@ -52,9 +52,14 @@ QString DriveHome::containerRecordFile(const QString& identifier) const {
     return containersDir() + QLatin1Char('/') + identifier + QStringLiteral(".json");
 }
 
+QString DriveHome::stagingDir() const {
+    return root_ + QStringLiteral("/staging");
+}
+
 bool DriveHome::ensureLayout() const {
     QDir dir;
-    return dir.mkpath(containersDir()) && dir.mkpath(cloudDir()) && dir.mkpath(driveDir());
+    return dir.mkpath(containersDir()) && dir.mkpath(cloudDir()) && dir.mkpath(driveDir()) &&
+           dir.mkpath(stagingDir());
 }
 
 std::optional<QString> DriveHome::driveRelativePath(const QString& absolutePath) const {
@@ -87,8 +92,8 @@ QString DriveHome::placeholderFileName(const QString& name) {
     return kPlaceholderPrefix + name + PlaceholderSuffix;
 }
 
-QString DriveHome::downloadFileName(const QString& name) {
-    return kPlaceholderPrefix + name + DownloadSuffix;
+bool DriveHome::canBeCloudOnly(const QString& name) {
+    return name.toUtf8().size() <= MaxCloudOnlyNameBytes;
 }
 
 std::optional<QString> DriveHome::logicalNameOfPlaceholder(const QString& fileName) {
@@ -103,14 +108,8 @@ bool DriveHome::isPlaceholderFileName(QStringView fileName) {
            fileName.startsWith(kPlaceholderPrefix) && fileName.endsWith(PlaceholderSuffix);
 }
 
-bool DriveHome::isDownloadFileName(const QString& fileName) {
-    return fileName.size() > 1 + DownloadSuffix.size() && fileName.startsWith(kPlaceholderPrefix) &&
-           fileName.endsWith(DownloadSuffix);
-}
-
-bool DriveHome::isServiceFileName(const QString& fileName) {
-    return isPlaceholderFileName(fileName) || isDownloadFileName(fileName) ||
-           (fileName.startsWith(QStringLiteral(".vltmp-")));
+bool DriveHome::isReservedName(const QString& fileName) {
+    return isPlaceholderFileName(fileName);
 }
 
 QString DriveHome::placeholderPathFor(const QString& logicalPath) {
@@ -120,7 +119,8 @@ QString DriveHome::placeholderPathFor(const QString& logicalPath) {
 
 QString DriveHome::downloadPathFor(const QString& logicalPath) {
     const qsizetype slash = logicalPath.lastIndexOf(QLatin1Char('/'));
-    return logicalPath.left(slash + 1) + downloadFileName(logicalPath.mid(slash + 1));
+    return logicalPath.left(slash + 1) + kPlaceholderPrefix + logicalPath.mid(slash + 1) +
+           QStringLiteral(".vldownload");
 }
 
 }  // namespace vl

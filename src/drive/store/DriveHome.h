@@ -16,8 +16,12 @@ namespace vl {
 //   <home>/cloud/              the cloud copy: same relative paths as drive/, full content
 //   <home>/drive/              the local root of synced documents
 //       <dir>/.<name>.vlcloud     placeholder of the cloud-only item <dir>/<name>
-//       <dir>/.<name>.vldownload  a download in progress
 //       <name>.vlref              a document reference
+//   <home>/staging/<process>/  the service's work in progress (downloads, uploads, records
+//                              being written, items being removed); see StagingArea
+//
+// A placeholder is the only file of the service inside drive/, and its name form is reserved:
+// no item is made, moved or downloaded to such a name.
 //
 // Pure path arithmetic: nothing here touches the disk except ensureLayout().
 class DriveHome {
@@ -37,6 +41,7 @@ public:
     QString containerRecordFile(const QString& identifier) const;
     const QString& cloudDir() const { return cloud_; }
     const QString& driveDir() const { return drive_; }
+    QString stagingDir() const;
 
     // Creates the folders of the layout; false when one can't be made.
     bool ensureLayout() const;
@@ -46,21 +51,22 @@ public:
     QString drivePathFor(const QString& driveRelativePath) const;
     QString cloudPathFor(const QString& driveRelativePath) const;
 
-    // Placeholder and download names of the item <dir>/<name>.
+    // The placeholder name of the item <dir>/<name>.
     static QString placeholderFileName(const QString& name);
-    static QString downloadFileName(const QString& name);
+    // Longest name, in UTF-8 bytes, of an item that can be cloud-only: its placeholder's name
+    // must fit in a file name.
+    static constexpr int MaxCloudOnlyNameBytes = 255 - 9;
+    static bool canBeCloudOnly(const QString& name);
     // The logical name of a placeholder file name, absent for any other name.
     static std::optional<QString> logicalNameOfPlaceholder(const QString& fileName);
     static bool isPlaceholderFileName(QStringView fileName);
-    static bool isDownloadFileName(const QString& fileName);
-    // Hidden bookkeeping files of the service (placeholders, downloads, temporaries), which
-    // listings never show as items.
-    static bool isServiceFileName(const QString& fileName);
+    // A name the service keeps for itself (a placeholder's): refused for a new item.
+    static bool isReservedName(const QString& fileName);
     static QString placeholderPathFor(const QString& logicalPath);
+    // Where a download in progress was kept before the staging area; nothing is made there now.
     static QString downloadPathFor(const QString& logicalPath);
 
     static inline const QString PlaceholderSuffix = QStringLiteral(".vlcloud");
-    static inline const QString DownloadSuffix = QStringLiteral(".vldownload");
     static inline const QString ReferenceExtension = QStringLiteral("vlref");
 
 private:

@@ -46,8 +46,11 @@ std::optional<Error> DriveStore::prepare() {
         record.folderLevels = CloudContainer::FolderLevelsAny;
         record.isDefault = true;
         record.documentTypes.append({ContentTypeRegistry::Data, {ContentTypeRegistry::Data}});
-        return addContainer(record);
+        if (std::optional<Error> error = addContainer(record)) {
+            return error;
+        }
     }
+    recover();
     return std::nullopt;
 }
 

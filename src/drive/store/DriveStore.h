@@ -29,8 +29,10 @@ namespace vl {
 // velloractl all work through it.
 //
 // Thread-safe: the file system is the state, except the metadata fallback (guarded by
-// metadataMutex_). Every record it writes goes to a temporary name in the same folder and is
-// renamed into place. Unreadable records give an error or an absent answer and are logged.
+// metadataMutex_). Every record and copy it writes is made whole in the staging area (or beside a
+// record outside drive/ and cloud/) and renamed into place; changes that touch the cloud copy and
+// the drive together hold the home lock. Unreadable records give an error or an absent answer and
+// are logged; they are kept aside, never replaced.
 class DriveStore {
 public:
     // Error code for a record that exists but can't be parsed (the general file domain's "corrupt
@@ -41,8 +43,14 @@ public:
     ~DriveStore();
 
     const DriveHome& home() const { return home_; }
-    // Creates the home's folders and, when there is none, the default container record.
+    // Creates the home's folders and, when there is none, the default container record, then
+    // runs the recovery pass.
     std::optional<Error> prepare();
+    // Makes what a crash left reachable again: sweeps the staging folders of processes that are
+    // gone, gives every cloud copy without an item in the drive a placeholder, removes
+    // placeholders with neither a cloud copy nor anything of their own, and merges a placeholder
+    // beside its local item into it. Answers how many items it repaired.
+    int recover();
 
     // --- Paths ---
     std::optional<QString> relativePath(const Url& url) const;  // relative to drive/
@@ -90,7 +98,6 @@ public:
     static Url placeholderURLFor(const Url& logicalURL);
     // The logical URL of a placeholder URL; any other URL as it is.
     static Url logicalURLFor(const Url& url);
-    static Url downloadURLFor(const Url& logicalURL);
     std::optional<PlaceholderFile> readPlaceholder(const Url& placeholderURL,
                                                    Error* error = nullptr) const;
     std::optional<Error> writePlaceholder(const Url& placeholderURL,
@@ -149,8 +156,11 @@ public:
     // The cloud content of a cloud-only item.
     std::optional<QString> cloudContentPath(const Url& logicalURL, Error* error) const;
     // Puts a downloaded copy in place: renames `downloadedPath` to the logical URL, gives it the
-    // placeholder's dates, tags and sharing, and removes the placeholder.
-    std::optional<Error> completeDownload(const Url& logicalURL, const QString& downloadedPath);
+    // placeholder's dates, tags and sharing, and removes the placeholder. With a cloud version
+    // (ItemTree::signature of the cloud copy when the copy started), fails with EAGAIN when the
+    // cloud copy is no longer that version.
+    std::optional<Error> completeDownload(const Url& logicalURL, const QString& downloadedPath,
+                                          const QByteArray& cloudVersion = {});
 
     // --- Mirroring of local changes to the cloud copy ---
     // The content of a local item (file or folder) is copied to its cloud path.
@@ -190,7 +200,27 @@ private:
     std::optional<ItemAttributes> placeholderAttributes(const Url& logicalURL,
                                                         const QString& placeholderPath,
                                                         ItemAttributeKeys keys, Error* error) const;
+    // Brings the cloud copy up to the local item: a file or a new folder is copied whole, an
+    // existing folder item by item (its cloud-only items' copies stay).
     std::optional<Error> copyToCloud(const QString& localPath, const QString& cloudPath) const;
+    std::optional<Error> uploadTree(const QByteArray& local, const QByteArray& cloud) const;
+    // Replaces the cloud copy with a copy of the local item made whole in the staging area and
+    // checked against the item; fails (EAGAIN) when the item changed while it was copied.
+    std::optional<Error> replaceCloudCopy(const QByteArray& local, const QByteArray& cloud) const;
+    // Renames a staged item into place; with mayReplace the old one is exchanged out atomically.
+    std::optional<Error> installStaged(const QByteArray& staged, const QByteArray& target,
+                                       bool mayReplace) const;
+    // Removes an item by renaming it into the staging area first, so it goes all at once.
+    std::optional<Error> discard(const QByteArray& path) const;
+    std::optional<QString> stagingPath(Error* error) const;
+    PlaceholderFile placeholderForCloudCopy(const QString& driveRelativePath) const;
+    // Gives a local item the tags and sharing of its placeholder where it has none of its own.
+    void copyPlaceholderMetadata(const PlaceholderFile& record, const Url& url);
+    int recoverFolder(const QString& relative);
+    // Writes down a move about to be made in <home>/journal/; answers the entry's path.
+    std::optional<QString> beginMove(const Url& from, const Url& to) const;
+    // Finishes the moves written down and never ended (a crash cut them short).
+    int finishMoves();
     // The cloud-only half of movePromisedItem: renames the placeholder of from.
     std::optional<Error> movePlaceholder(const Url& from, const Url& to);
     std::optional<Error> evictFile(const QString& path);

@@ -43,10 +43,6 @@ Url DriveStore::logicalURLFor(const Url& url) {
     return url;
 }
 
-Url DriveStore::downloadURLFor(const Url& logicalURL) {
-    return Url::fromPath(DriveHome::downloadPathFor(logicalURL.path()));
-}
-
 std::optional<PlaceholderFile> DriveStore::readPlaceholder(const Url& placeholderURL,
                                                            Error* error) const {
     Error readError;
@@ -65,7 +61,13 @@ std::optional<PlaceholderFile> DriveStore::readPlaceholder(const Url& placeholde
 
 std::optional<Error> DriveStore::writePlaceholder(const Url& placeholderURL,
                                                   const PlaceholderFile& record) const {
-    return record.write(placeholderURL.path());
+    // The temporary file is made in the staging area: nothing but placeholders lives in drive/.
+    Error error;
+    const std::optional<QString> temporary = stagingPath(&error);
+    if (!temporary) {
+        return error;
+    }
+    return RecordFile::writeObject(placeholderURL.path(), record.toJson(), *temporary);
 }
 
 bool DriveStore::hasItemPromise(const Url& url) const {

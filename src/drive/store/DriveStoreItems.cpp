@@ -1,7 +1,10 @@
 #include "drive/store/DriveStorePrivate.h"
 
+#include "drive/integrity/CrashPoint.h"
+#include "drive/integrity/HomeLock.h"
+#include "drive/integrity/ItemTree.h"
+#include "drive/integrity/StagingArea.h"
 #include "drive/store/RecordFile.h"
-#include "drive/store/ThumbnailCache.h"
 #include "logging/VLLogging.h"
 #include "platform/files/ContentTypeRegistry.h"
 
@@ -9,60 +12,152 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
-#include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <ctime>
 
 namespace vl {
 
 using namespace storesupport;
 
+namespace {
+
+Error invalidNameError(const QString& path, const QString& reason) {
+    return Error(Error::FileErrorDomain, Error::FileWriteInvalidFileName,
+                 {{Error::FilePathKey, path}, {Error::LocalizedFailureReasonKey, reason}});
+}
+
+QString fromNative(const QByteArray& path) {
+    return QString::fromUtf8(path);
+}
+
+// Whether `path` is `folder` or inside it.
+bool isWithin(const QString& path, const QString& folder) {
+    return path == folder || path.startsWith(folder + QLatin1Char('/'));
+}
+
+}  // namespace
+
 // --- Items ---
+
+std::optional<QString> DriveStore::stagingPath(Error* error) const {
+    return StagingArea::newPath(home_.rootPath(), error);
+}
+
+std::optional<Error> DriveStore::discard(const QByteArray& path) const {
+    Error error;
+    const std::optional<QString> staged = stagingPath(&error);
+    if (!staged) {
+        return error;
+    }
+    // Gone from its place at once, whole; removed from the staging area at leisure.
+    if (::rename(path.constData(), nativePath(*staged).constData()) != 0) {
+        return errno == ENOENT ? std::nullopt
+                               : std::optional<Error>(Error::posixError(errno, fromNative(path)));
+    }
+    CrashPoint::reach();
+    ItemTree::remove(nativePath(*staged));
+    return std::nullopt;
+}
+
+std::optional<Error> DriveStore::installStaged(const QByteArray& staged, const QByteArray& target,
+                                               bool mayReplace) const {
+    const QString parent = parentPath(fromNative(target));
+    if (!QDir().mkpath(parent)) {
+        return Error::posixError(EACCES, parent);
+    }
+    struct stat st;
+    if (!mayReplace || ::lstat(target.constData(), &st) != 0) {
+        if (::renameat2(AT_FDCWD, staged.constData(), AT_FDCWD, target.constData(),
+                        RENAME_NOREPLACE) == 0) {
+            return std::nullopt;
+        }
+        return errno == EEXIST ? Error::fileError(Error::FileWriteFileExists, fromNative(target))
+                               : Error::posixError(errno, fromNative(target));
+    }
+    // One atomic step whatever the kinds: the old item ends up in the staging area.
+    if (::renameat2(AT_FDCWD, staged.constData(), AT_FDCWD, target.constData(), RENAME_EXCHANGE) ==
+        0) {
+        CrashPoint::reach();
+        ItemTree::remove(staged);
+        return std::nullopt;
+    }
+    struct stat newStat;
+    if (!S_ISDIR(st.st_mode) && ::lstat(staged.constData(), &newStat) == 0 &&
+        !S_ISDIR(newStat.st_mode) && ::rename(staged.constData(), target.constData()) == 0) {
+        // A file or link is replaced by one rename.
+        return std::nullopt;
+    }
+    // No exchange on this file system: the old item goes aside first, so for a moment there is
+    // none (the local item, still there, is what a crash leaves).
+    if (std::optional<Error> error = discard(target)) {
+        return error;
+    }
+    if (::rename(staged.constData(), target.constData()) != 0) {
+        return Error::posixError(errno, fromNative(target));
+    }
+    return std::nullopt;
+}
+
+std::optional<Error> DriveStore::replaceCloudCopy(const QByteArray& local,
+                                                  const QByteArray& cloud) const {
+    Error error;
+    const std::optional<QString> stagedPath = stagingPath(&error);
+    if (!stagedPath) {
+        return error;
+    }
+    const QByteArray staged = nativePath(*stagedPath);
+    const QByteArray signature = ItemTree::signature(local);
+    std::optional<Error> failure = ItemTree::copy(local, staged);
+    // Another writer may have changed the item while it was read: such a copy is never sent.
+    if (!failure &&
+        (ItemTree::signature(local) != signature || !ItemTree::sameContent(local, staged))) {
+        failure = Error::posixError(EAGAIN, fromNative(local));
+    }
+    if (!failure) {
+        failure = installStaged(staged, cloud, true);
+    }
+    if (failure) {
+        ItemTree::remove(staged);
+    }
+    return failure;
+}
 
 std::optional<Error> DriveStore::copyToCloud(const QString& localPath,
                                              const QString& cloudPath) const {
+    return uploadTree(nativePath(localPath), nativePath(cloudPath));
+}
+
+std::optional<Error> DriveStore::uploadTree(const QByteArray& local,
+                                            const QByteArray& cloud) const {
     struct stat st;
-    if (!lstatPath(localPath, &st)) {
-        return Error::posixError(errno, localPath);
+    if (::lstat(local.constData(), &st) != 0) {
+        return Error::posixError(errno, fromNative(local));
     }
-    if (!QDir().mkpath(parentPath(cloudPath))) {
-        return Error::posixError(EACCES, parentPath(cloudPath));
+    struct stat cloudStat;
+    if (!S_ISDIR(st.st_mode) || ::lstat(cloud.constData(), &cloudStat) != 0 ||
+        !S_ISDIR(cloudStat.st_mode)) {
+        return replaceCloudCopy(local, cloud);
     }
-    if (!S_ISDIR(st.st_mode)) {
-        struct stat cloudStat;
-        if (lstatPath(cloudPath, &cloudStat) && S_ISDIR(cloudStat.st_mode)) {
-            removeRecursively(cloudPath);
+    // A folder's items are brought up one by one: the cloud copies of its cloud-only items stay.
+    DIR* dir = ::opendir(local.constData());
+    if (!dir) {
+        return Error::posixError(errno, fromNative(local));
+    }
+    std::vector<QByteArray> names;
+    while (const dirent* entry = ::readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != ".." && !ItemTree::isPlaceholder(local, name)) {
+            names.push_back(name);
         }
-        std::optional<Error> error = copyFileAtomically(localPath, cloudPath);
-        if (!error) {
-            setModificationDate(
-                cloudPath,
-                QDateTime::fromMSecsSinceEpoch(
-                    qint64(st.st_mtim.tv_sec) * 1000 + st.st_mtim.tv_nsec / 1000000, Qt::UTC));
-        }
-        return error;
     }
-    if (!QDir().mkpath(cloudPath)) {
-        return Error::posixError(EACCES, cloudPath);
-    }
-    const QStringList children = QDir(localPath).entryList(QDir::AllEntries | QDir::Hidden |
-                                                           QDir::System | QDir::NoDotAndDotDot);
-    for (const QString& child : children) {
-        // Placeholders stand for content the cloud already has; downloads are unfinished.
-        if (DriveHome::isServiceFileName(child)) {
-            continue;
-        }
-        if (std::optional<Error> error = copyToCloud(localPath + QLatin1Char('/') + child,
-                                                     cloudPath + QLatin1Char('/') + child)) {
+    ::closedir(dir);
+    for (const QByteArray& name : names) {
+        if (std::optional<Error> error = uploadTree(local + '/' + name, cloud + '/' + name)) {
             return error;
         }
     }
@@ -76,104 +171,84 @@ std::optional<Error> DriveStore::importItem(const QString& sourcePath,
     if (driveRelativePath.isEmpty()) {
         return Error::fileError(Error::FileWriteInvalidFileName, destination);
     }
+    const QString name = lastComponent(destination);
+    if (DriveHome::isReservedName(name)) {
+        return invalidNameError(destination, QStringLiteral("The name is kept for placeholders."));
+    }
+    if (cloudOnly && !DriveHome::canBeCloudOnly(name)) {
+        return invalidNameError(destination,
+                                QStringLiteral("The name is too long for a cloud-only item."));
+    }
+    if (isWithin(home_.rootPath(), source) || isWithin(source, home_.rootPath())) {
+        return Error(Error::FileErrorDomain, Error::FeatureUnsupported,
+                     {{Error::FilePathKey, source},
+                      {Error::LocalizedFailureReasonKey,
+                       QStringLiteral("The drive's own folders can't be imported.")}});
+    }
     if (!pathExists(source)) {
         return Error::fileError(Error::FileReadNoSuchFile, source);
     }
-    if (pathExists(destination) || pathExists(DriveHome::placeholderPathFor(destination))) {
+    HomeLock lock(home_.rootPath());
+    const QString cloud = cloudPathFor(driveRelativePath);
+    if (pathExists(destination) || pathExists(DriveHome::placeholderPathFor(destination)) ||
+        pathExists(cloud)) {
         return Error::fileError(Error::FileWriteFileExists, destination);
     }
     if (!pathExists(parentPath(destination))) {
         return Error::fileError(Error::FileNoSuchFile, parentPath(destination));
     }
-    if (std::optional<Error> error = copyToCloud(source, cloudPathFor(driveRelativePath))) {
+    // Both copies are made whole in the staging area, then renamed into place: the cloud copy
+    // first, so that a crash leaves at most a cloud copy the recovery pass makes a placeholder for.
+    Error error;
+    const std::optional<QString> stagedCloud = stagingPath(&error);
+    const std::optional<QString> stagedLocal = stagingPath(&error);
+    if (!stagedCloud || !stagedLocal) {
         return error;
     }
-    const Url destinationURL = driveURL(driveRelativePath);
+    const auto cleanUp = [&] {
+        ItemTree::remove(nativePath(*stagedCloud));
+        ItemTree::remove(nativePath(*stagedLocal));
+    };
+    std::optional<Error> copyError = ItemTree::copy(nativePath(source), nativePath(*stagedCloud));
+    if (!copyError && !cloudOnly) {
+        copyError = ItemTree::copy(nativePath(*stagedCloud), nativePath(*stagedLocal));
+    }
+    if (!copyError) {
+        copyError = installStaged(nativePath(*stagedCloud), nativePath(cloud), false);
+    }
+    if (copyError) {
+        cleanUp();
+        return copyError;
+    }
+    CrashPoint::reach();
     if (!cloudOnly) {
-        if (QFileInfo(source).isDir()) {
-            return copyToCloud(cloudPathFor(driveRelativePath), destination);
-        }
-        return copyFileAtomically(cloudPathFor(driveRelativePath), destination);
+        std::optional<Error> installError =
+            installStaged(nativePath(*stagedLocal), nativePath(destination), false);
+        cleanUp();
+        return installError;
     }
-    // A cloud-only item is described by the cloud copy's attributes.
-    std::optional<ItemAttributes> attributes =
-        localItemAttributes(Url::fromPath(cloudPathFor(driveRelativePath)),
-                            ItemAttributeKeySets::itemModelKeys(), nullptr);
-    if (!attributes) {
-        return Error::fileError(Error::FileReadNoSuchFile, source);
-    }
-    PlaceholderFile record;
-    record.name = destinationURL.lastPathComponent();
-    record.size = attributes->fileSize.value_or(0);
-    if (attributes->isDirectory.value_or(false)) {
-        quint64 total = 0;
-        QDirIterator it(cloudPathFor(driveRelativePath), QDir::Files | QDir::Hidden,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            it.next();
-            total += quint64(it.fileInfo().size());
-        }
-        record.size = total;
-    }
-    record.contentType = attributes->contentType.value_or(QString());
-    record.creationDate = attributes->creationDate.value_or(QDateTime());
-    record.modificationDate = attributes->contentModificationDate.value_or(QDateTime());
-    record.isDirectory = attributes->isDirectory.value_or(false);
-    record.isPackage = attributes->isPackage.value_or(false);
-    return writePlaceholder(placeholderURLFor(destinationURL), record);
+    return writePlaceholder(placeholderURLFor(driveURL(driveRelativePath)),
+                            placeholderForCloudCopy(driveRelativePath));
 }
 
-std::optional<Error> DriveStore::evictFile(const QString& path) {
-    const Url url = Url::fromPath(path);
-    const std::optional<QString> relative = home_.driveRelativePath(path);
-    if (!relative || relative->isEmpty()) {
-        return Error(Error::FileErrorDomain, Error::FeatureUnsupported,
-                     {{Error::FilePathKey, path},
-                      {Error::LocalizedFailureReasonKey,
-                       QStringLiteral("Only items of the drive can be evicted.")}});
-    }
-    Error error;
-    const std::optional<ItemAttributes> attributes =
-        localItemAttributes(url, ItemAttributeKeySets::itemModelKeys(), &error);
-    if (!attributes) {
-        return error;
-    }
-    // The cloud copy must hold this content before the local one goes.
-    const QString cloud = cloudPathFor(*relative);
-    struct stat localStat;
-    struct stat cloudStat;
-    lstatPath(path, &localStat);
-    const bool upToDate = !S_ISDIR(localStat.st_mode) && lstatPath(cloud, &cloudStat) &&
-                          cloudStat.st_size == localStat.st_size &&
-                          cloudStat.st_mtim.tv_sec == localStat.st_mtim.tv_sec;
-    if (!upToDate) {
-        if (std::optional<Error> copyError = copyToCloud(path, cloud)) {
-            VLLOG(3, "Not evicting %@: the cloud copy could not be updated: %@", url, *copyError);
-            return copyError;
-        }
-    }
+PlaceholderFile DriveStore::placeholderForCloudCopy(const QString& driveRelativePath) const {
+    const QString cloud = cloudPathFor(driveRelativePath);
     PlaceholderFile record;
-    record.name = url.lastPathComponent();
-    record.size = attributes->fileSize.value_or(0);
+    record.name = lastComponent(home_.drivePathFor(driveRelativePath));
+    const std::optional<ItemAttributes> attributes =
+        localItemAttributes(Url::fromPath(cloud), ItemAttributeKeySets::itemModelKeys(), nullptr);
+    if (!attributes) {
+        return record;
+    }
+    record.size = attributes->isDirectory.value_or(false)
+                      ? quint64(ItemTree::totalSize(nativePath(cloud)))
+                      : attributes->fileSize.value_or(0);
     record.contentType = attributes->contentType.value_or(QString());
     record.creationDate = attributes->creationDate.value_or(QDateTime());
     record.modificationDate = attributes->contentModificationDate.value_or(QDateTime());
     record.isDirectory = attributes->isDirectory.value_or(false);
     record.isPackage = attributes->isPackage.value_or(false);
-    record.isShared = attributes->isShared.value_or(false);
-    if (const std::optional<QString> role = sharedRole(url)) {
-        record.sharedRole = *role;
-    }
-    record.tags = tags(url).value_or(QStringList());
-    if (std::optional<Error> writeError = writePlaceholder(placeholderURLFor(url), record)) {
-        return writeError;
-    }
-    if (std::optional<Error> removeError = removeRecursively(path)) {
-        QFile::remove(DriveHome::placeholderPathFor(path));
-        return removeError;
-    }
-    removeMetadata(*relative);
-    return std::nullopt;
+    return record;
 }
 
 std::optional<Error> DriveStore::evict(const Url& url) {
@@ -192,7 +267,7 @@ std::optional<Error> DriveStore::evict(const Url& url) {
             QDir(url.path())
                 .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
         for (const QString& child : children) {
-            if (DriveHome::isServiceFileName(child)) {
+            if (DriveHome::isPlaceholderFileName(child)) {
                 continue;
             }
             if (std::optional<Error> error = evict(url.appendingPathComponent(child))) {
@@ -228,9 +303,31 @@ std::optional<Error> DriveStore::movePromisedItem(const Url& source, const Url& 
     if (from.isAncestorOf(to)) {
         return Error::posixError(EINVAL, to.path());
     }
+    if (DriveHome::isReservedName(to.lastPathComponent())) {
+        return invalidNameError(to.path(), QStringLiteral("The name is kept for placeholders."));
+    }
+    HomeLock lock(home_.rootPath());
     if (pathExists(DriveHome::placeholderPathFor(to.path()))) {
         return Error::fileError(Error::FileWriteFileExists, to.path());
     }
+    // A cloud copy with no item in the drive is still someone's content (the recovery pass gives
+    // it a placeholder): a move never replaces it.
+    const std::optional<QString> toRelative = relativePath(to);
+    if (toRelative && !toRelative->isEmpty() && pathExists(cloudPathFor(*toRelative))) {
+        return Error::fileError(Error::FileWriteFileExists, to.path());
+    }
+    // The move is written down first, so that the recovery pass finishes one cut short by a crash
+    // rather than leave the item's copies under two names.
+    const std::optional<QString> journal = beginMove(from, to);
+    const struct EndMove {
+        const std::optional<QString>& journal;
+        ~EndMove() {
+            if (journal) {
+                QFile::remove(*journal);
+            }
+        }
+    } endMove{journal};
+    CrashPoint::reach();
     // The local item first: the rename itself refuses to replace anything at the destination.
     const int moved = renameNoReplace(from.path(), to.path());
     if (moved == EEXIST) {
@@ -240,10 +337,15 @@ std::optional<Error> DriveStore::movePromisedItem(const Url& source, const Url& 
         return Error::posixError(moved, to.path());
     }
     if (moved != 0) {
+        if (!DriveHome::canBeCloudOnly(to.lastPathComponent())) {
+            return invalidNameError(to.path(),
+                                    QStringLiteral("The name is too long for a cloud-only item."));
+        }
         if (std::optional<Error> error = movePlaceholder(from, to)) {
             return error;
         }
     }
+    CrashPoint::reach();
     std::optional<Error> mirrorError = mirrorLocalMove(from, to);
     if (!mirrorError) {
         // Only the latest few: a caller outside any coordinated write never takes them.
@@ -278,22 +380,24 @@ std::optional<Error> DriveStore::movePlaceholder(const Url& from, const Url& to)
         return failure == EEXIST ? Error::fileError(Error::FileWriteFileExists, to.path())
                                  : Error::posixError(failure, to.path());
     }
+    CrashPoint::reach();
     if (std::optional<PlaceholderFile> record = PlaceholderFile::read(toPlaceholder, nullptr)) {
         record->name = to.lastPathComponent();
-        record->write(toPlaceholder);
+        writePlaceholder(Url::fromPath(toPlaceholder), *record);
     }
     return std::nullopt;
 }
 
 std::optional<Error> DriveStore::removeItem(const Url& url) {
     const Url logical = logicalURLFor(url);
+    HomeLock lock(home_.rootPath());
     const bool local = pathExists(logical.path());
     const bool placeholder = pathExists(DriveHome::placeholderPathFor(logical.path()));
     if (!local && !placeholder) {
         return Error::fileError(Error::FileNoSuchFile, logical.path());
     }
     if (local) {
-        if (std::optional<Error> error = removeRecursively(logical.path())) {
+        if (std::optional<Error> error = discard(nativePath(logical.path()))) {
             return error;
         }
     }
@@ -315,9 +419,16 @@ std::optional<QString> DriveStore::cloudContentPath(const Url& logicalURL, Error
 }
 
 std::optional<Error> DriveStore::completeDownload(const Url& logicalURL,
-                                                  const QString& downloadedPath) {
+                                                  const QString& downloadedPath,
+                                                  const QByteArray& cloudVersion) {
+    HomeLock lock(home_.rootPath());
     if (pathExists(logicalURL.path())) {
         return Error::fileError(Error::FileWriteFileExists, logicalURL.path());
+    }
+    const std::optional<QString> cloud = cloudPathForURL(logicalURL);
+    if (!cloudVersion.isEmpty() &&
+        (!cloud || ItemTree::signature(nativePath(*cloud)) != cloudVersion)) {
+        return Error::posixError(EAGAIN, logicalURL.path());
     }
     const Url placeholder = placeholderURLFor(logicalURL);
     const std::optional<PlaceholderFile> record =
@@ -325,22 +436,30 @@ std::optional<Error> DriveStore::completeDownload(const Url& logicalURL,
     if (record) {
         setModificationDate(downloadedPath, record->modificationDate);
     }
-    if (::rename(nativePath(downloadedPath).constData(),
-                 nativePath(logicalURL.path()).constData()) != 0) {
-        return Error::posixError(errno, logicalURL.path());
+    if (const int failure = renameNoReplace(downloadedPath, logicalURL.path())) {
+        return failure == EEXIST ? Error::fileError(Error::FileWriteFileExists, logicalURL.path())
+                                 : Error::posixError(failure, logicalURL.path());
     }
+    // From here until the placeholder goes, a crash leaves both: the recovery pass gives the
+    // local item the placeholder's tags and sharing, then removes it.
+    CrashPoint::reach();
     if (record) {
-        if (!record->tags.isEmpty()) {
-            setTags(logicalURL, record->tags);
-        }
-        if (record->isShared) {
-            setSharedRole(logicalURL, record->sharedRole == PlaceholderFile::RoleParticipant
-                                          ? PlaceholderFile::RoleParticipant
-                                          : PlaceholderFile::RoleOwner);
-        }
+        copyPlaceholderMetadata(*record, logicalURL);
     }
+    CrashPoint::reach();
     QFile::remove(placeholder.path());
     return std::nullopt;
+}
+
+void DriveStore::copyPlaceholderMetadata(const PlaceholderFile& record, const Url& url) {
+    if (!record.tags.isEmpty() && tags(url).value_or(QStringList()).isEmpty()) {
+        setTags(url, record.tags);
+    }
+    if (record.isShared && !sharedRole(url)) {
+        setSharedRole(url, record.sharedRole == PlaceholderFile::RoleParticipant
+                               ? PlaceholderFile::RoleParticipant
+                               : PlaceholderFile::RoleOwner);
+    }
 }
 
 // --- Mirroring ---
@@ -350,6 +469,7 @@ std::optional<Error> DriveStore::mirrorLocalChange(const Url& url) {
     if (!relative || relative->isEmpty() || !pathExists(url.path())) {
         return std::nullopt;
     }
+    HomeLock lock(home_.rootPath());
     std::optional<Error> error = copyToCloud(url.path(), cloudPathFor(*relative));
     if (error) {
         VLLOG(3, "Failed to mirror %@ to the cloud: %@", url, *error);
@@ -363,25 +483,26 @@ std::optional<Error> DriveStore::mirrorLocalMove(const Url& source, const Url& d
     if (fromRelative && toRelative) {
         const QString fromCloud = cloudPathFor(*fromRelative);
         const QString toCloud = cloudPathFor(*toRelative);
+        HomeLock lock(home_.rootPath());
         moveMetadata(*fromRelative, *toRelative);
         if (pathExists(toCloud)) {
-            // Only an item that is no longer in the drive leaves a cloud copy behind.
-            VLLOG(4, "Replacing stale cloud copy %@", toCloud);
-            removeRecursively(toCloud);
+            // Never replaced: it may be the only copy of an item (see movePromisedItem).
+            VLLOG(3, "Not moving the cloud copy of %@ onto the cloud copy %@", source, toCloud);
+            return Error::fileError(Error::FileWriteFileExists, destination.path());
         }
         if (!pathExists(fromCloud)) {
             // The cloud never had this item (another program wrote it into the drive): a move
             // uploads nothing; its next coordinated change or an eviction does.
             return std::nullopt;
         }
-        const QByteArray cloudTarget = nativePath(toCloud);
-        if (::rename(nativePath(fromCloud).constData(), cloudTarget.constData()) == 0) {
+        int failure = renameNoReplace(fromCloud, toCloud);
+        if (failure == ENOENT && QDir().mkpath(parentPath(toCloud))) {
+            failure = renameNoReplace(fromCloud, toCloud);
+        }
+        if (failure == 0) {
             return std::nullopt;
         }
-        if (errno == ENOENT && QDir().mkpath(parentPath(toCloud)) &&
-            ::rename(nativePath(fromCloud).constData(), cloudTarget.constData()) == 0) {
-            return std::nullopt;
-        }
+        errno = failure;
         VLLOG(3, "Failed to move cloud copy %@ to %@: %@", fromCloud, toCloud,
               Error::posixError(errno, toCloud));
         return mirrorLocalChange(destination);
@@ -400,9 +521,14 @@ std::optional<Error> DriveStore::mirrorLocalDeletion(const Url& url) {
     if (!relative || relative->isEmpty()) {
         return std::nullopt;
     }
-    QFile::remove(DriveHome::placeholderPathFor(url.path()));
+    HomeLock lock(home_.rootPath());
+    const QString placeholder = DriveHome::placeholderPathFor(url.path());
+    if (ItemTree::isPlaceholder(nativePath(parentPath(placeholder)),
+                                nativePath(lastComponent(placeholder)))) {
+        QFile::remove(placeholder);
+    }
     removeMetadata(*relative);
-    std::optional<Error> error = removeRecursively(cloudPathFor(*relative));
+    std::optional<Error> error = discard(nativePath(cloudPathFor(*relative)));
     if (error) {
         VLLOG(3, "Failed to remove cloud copy of %@: %@", url, *error);
     }

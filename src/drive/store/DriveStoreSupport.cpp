@@ -80,62 +80,6 @@ std::optional<Error> removeRecursively(const QString& path) {
     return std::nullopt;
 }
 
-// Copies a file to a temporary name beside the destination, then renames it into place.
-std::optional<Error> copyFileAtomically(const QString& source, const QString& destination) {
-    const QString temporary =
-        parentPath(destination) + QStringLiteral("/.vltmp-") + lastComponent(destination);
-    const QByteArray nativeTemporary = nativePath(temporary);
-    // Plain descriptors rather than QFile::copy: that one syncs every copy to disk, which costs
-    // more than the rest of a move together; the rename still never shows a partial file.
-    const int in = ::open(nativePath(source).constData(), O_RDONLY | O_CLOEXEC);
-    struct stat st;
-    if (in < 0 || ::fstat(in, &st) != 0) {
-        if (in >= 0) {
-            ::close(in);
-        }
-        return Error::posixError(pathExists(source) ? EIO : ENOENT, source);
-    }
-    ::unlink(nativeTemporary.constData());
-    const int out =
-        ::open(nativeTemporary.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    bool copied = out >= 0;
-    while (copied) {
-        const ssize_t n = ::copy_file_range(in, nullptr, out, nullptr, 1 << 30, 0);
-        if (n == 0) {
-            break;
-        }
-        if (n < 0) {
-            copied = false;
-        }
-    }
-    if (out >= 0 && !copied &&
-        (errno == EXDEV || errno == ENOSYS || errno == EINVAL || errno == EOPNOTSUPP)) {
-        // Some file systems can't copy between descriptors in the kernel: read and write.
-        copied = ::lseek(in, 0, SEEK_SET) == 0 && ::ftruncate(out, 0) == 0;
-        char buffer[64 * 1024];
-        while (copied) {
-            const ssize_t n = ::read(in, buffer, sizeof buffer);
-            if (n <= 0) {
-                copied = n == 0;
-                break;
-            }
-            copied = ::write(out, buffer, size_t(n)) == n;
-        }
-    }
-    copied = copied && ::fchmod(out, st.st_mode & 07777) == 0;
-    ::close(in);
-    if (out < 0 || ::close(out) != 0 || !copied) {
-        ::unlink(nativeTemporary.constData());
-        return Error::posixError(EIO, source);
-    }
-    if (::rename(nativeTemporary.constData(), nativePath(destination).constData()) != 0) {
-        const int saved = errno;
-        ::unlink(nativeTemporary.constData());
-        return Error::posixError(saved, destination);
-    }
-    return std::nullopt;
-}
-
 void setModificationDate(const QString& path, const QDateTime& date) {
     if (!date.isValid()) {
         return;

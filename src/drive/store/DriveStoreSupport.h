@@ -41,8 +41,6 @@ QDateTime dateOf(const struct statx_timestamp& stamp);
 QString parentPath(const QString& path);
 QString lastComponent(const QString& path);
 std::optional<Error> removeRecursively(const QString& path);
-// Copies a file to a temporary name beside the destination, then renames it into place.
-std::optional<Error> copyFileAtomically(const QString& source, const QString& destination);
 void setModificationDate(const QString& path, const QDateTime& date);
 bool isUnsupportedXattrError(int error);
 QString joinTags(const QStringList& tags);

@@ -10,16 +10,24 @@
 
 namespace vl {
 
-// Reading and writing the service's small JSON records. A write goes to a temporary name in the
-// same folder and is renamed into place, so a reader never sees a torn file.
+// Reading and writing the service's small JSON records. A write goes to a temporary file and is
+// renamed into place, so a reader never sees a torn file. A record already at the path that
+// can't be read is never replaced: it is renamed aside ("<name>.corrupt-<UTC time>") and logged
+// first, so whatever it held can still be recovered.
 class RecordFile {
 public:
     // The object in the file. Code 260 when the file doesn't exist (`missing` is then set), 259
     // when it isn't a JSON object, the errno error when it can't be read.
     static std::optional<QJsonObject> readObject(const QString& path, Error* error,
                                                  bool* missing = nullptr);
-    static std::optional<Error> writeObject(const QString& path, const QJsonObject& object);
-    static std::optional<Error> writeBytes(const QString& path, const QByteArray& bytes);
+    // The temporary file is written as `temporaryPath` when one is given (which must be on the
+    // same file system, and free), else beside the record.
+    static std::optional<Error> writeObject(const QString& path, const QJsonObject& object,
+                                            const QString& temporaryPath = {});
+    static std::optional<Error> writeBytes(const QString& path, const QByteArray& bytes,
+                                           const QString& temporaryPath = {});
+    // Renames an unreadable record at `path` aside; answers where it went.
+    static std::optional<QString> keepAsideIfCorrupt(const QString& path);
     static Error corruptFileError(const QString& path, const QString& reason);
 };
 

@@ -43,14 +43,11 @@ bool isInside(const QString& path, const QString& folder) {
                               path.at(folder.size()) == QLatin1Char('/'));
 }
 
-// The logical item a directory entry stands for: placeholders stand for their item; downloads
-// and the service's temporaries stand for nothing.
+// The logical item a directory entry stands for: placeholders stand for their item. The service's
+// work in progress is never in the drive (see StagingArea).
 QString logicalPath(const QString& dir, const QString& name) {
     if (const auto logical = DriveHome::logicalNameOfPlaceholder(name)) {
         return dir + QLatin1Char('/') + *logical;
-    }
-    if (DriveHome::isServiceFileName(name)) {
-        return {};
     }
     return dir + QLatin1Char('/') + name;
 }

@@ -1,0 +1,43 @@
+#include "drive/integrity/HomeLock.h"
+
+#include "drive/integrity/StagingArea.h"
+
+#include <QDir>
+#include <QHash>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+#include <cerrno>
+
+namespace vl {
+
+namespace {
+
+thread_local QHash<QString, int> depthOnThisThread;
+
+}  // namespace
+
+HomeLock::HomeLock(const QString& homeRoot) : homeRoot_(homeRoot) {
+    if (depthOnThisThread[homeRoot_]++ > 0) {
+        return;
+    }
+    const QString root = StagingArea::rootFor(homeRoot_);
+    QDir().mkpath(root);
+    // A descriptor of its own per holder: flock excludes other open files, in this process too.
+    fd_ = ::open((root + QStringLiteral("/home.lock")).toUtf8().constData(),
+                 O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    while (fd_ >= 0 && ::flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+    }
+}
+
+HomeLock::~HomeLock() {
+    if (--depthOnThisThread[homeRoot_] == 0) {
+        depthOnThisThread.remove(homeRoot_);
+    }
+    if (fd_ >= 0) {
+        ::close(fd_);
+    }
+}
+
+}  // namespace vl

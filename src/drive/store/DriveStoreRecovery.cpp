@@ -1,0 +1,191 @@
+#include "drive/store/DriveStorePrivate.h"
+
+#include "drive/integrity/HomeLock.h"
+#include "drive/integrity/ItemTree.h"
+#include "drive/integrity/StagingArea.h"
+#include "drive/store/RecordFile.h"
+#include "logging/VLLogging.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonObject>
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <atomic>
+
+namespace vl {
+
+using namespace storesupport;
+
+namespace {
+
+// The names in a folder that survive the trip through QString; others are left to the copies
+// made by native path (they only occur inside a package or a user's folder).
+QStringList namesIn(const QString& folder) {
+    QStringList names;
+    DIR* dir = ::opendir(nativePath(folder).constData());
+    if (!dir) {
+        return names;
+    }
+    while (const dirent* entry = ::readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        const QString decoded = QString::fromUtf8(name);
+        if (name != "." && name != ".." && decoded.toUtf8() == name) {
+            names.append(decoded);
+        }
+    }
+    ::closedir(dir);
+    return names;
+}
+
+}  // namespace
+
+std::optional<QString> DriveStore::beginMove(const Url& from, const Url& to) const {
+    const std::optional<QString> fromRelative = relativePath(from);
+    const std::optional<QString> toRelative = relativePath(to);
+    if (!fromRelative || !toRelative || fromRelative->isEmpty() || toRelative->isEmpty()) {
+        return std::nullopt;
+    }
+    const QString folder = home_.rootPath() + QStringLiteral("/journal");
+    QDir().mkpath(folder);
+    static std::atomic<quint64> counter{0};
+    const QString path = folder + QStringLiteral("/move-") + QString::number(::getpid()) +
+                         QLatin1Char('-') + QString::number(counter.fetch_add(1)) +
+                         QStringLiteral(".json");
+    QJsonObject record;
+    record.insert(QLatin1String("from"), *fromRelative);
+    record.insert(QLatin1String("to"), *toRelative);
+    if (std::optional<Error> error = RecordFile::writeObject(path, record)) {
+        VLLOG(3, "Moving %@ without a journal entry: %@", from, *error);
+        return std::nullopt;
+    }
+    return path;
+}
+
+int DriveStore::finishMoves() {
+    int repaired = 0;
+    const QDir folder(home_.rootPath() + QStringLiteral("/journal"));
+    for (const QString& name : folder.entryList({QStringLiteral("move-*.json")}, QDir::Files)) {
+        const QString path = folder.filePath(name);
+        const std::optional<QJsonObject> record = RecordFile::readObject(path, nullptr);
+        const QString from = record ? record->value(QLatin1String("from")).toString() : QString();
+        const QString to = record ? record->value(QLatin1String("to")).toString() : QString();
+        if (from.isEmpty() || to.isEmpty()) {
+            RecordFile::keepAsideIfCorrupt(path);
+            continue;
+        }
+        // Each copy that is still at the old name, with the new one free, goes to the new name.
+        const QString fromLocal = home_.drivePathFor(from);
+        const QString toLocal = home_.drivePathFor(to);
+        const QString fromPlaceholder = DriveHome::placeholderPathFor(fromLocal);
+        const QString toPlaceholder = DriveHome::placeholderPathFor(toLocal);
+        const bool destinationFree = !pathExists(toLocal) && !pathExists(toPlaceholder);
+        if (destinationFree && pathExists(fromLocal)) {
+            renameNoReplace(fromLocal, toLocal);
+        } else if (destinationFree && pathExists(fromPlaceholder)) {
+            if (renameNoReplace(fromPlaceholder, toPlaceholder) == 0) {
+                if (std::optional<PlaceholderFile> placeholder =
+                        PlaceholderFile::read(toPlaceholder, nullptr)) {
+                    placeholder->name = lastComponent(toLocal);
+                    writePlaceholder(Url::fromPath(toPlaceholder), *placeholder);
+                }
+            }
+        }
+        if (pathExists(cloudPathFor(from)) && !pathExists(cloudPathFor(to))) {
+            QDir().mkpath(parentPath(cloudPathFor(to)));
+            renameNoReplace(cloudPathFor(from), cloudPathFor(to));
+        }
+        moveMetadata(from, to);
+        VLLOG(4, "Recovery: finished moving %@ to %@", fromLocal, toLocal);
+        QFile::remove(path);
+        ++repaired;
+    }
+    return repaired;
+}
+
+int DriveStore::recover() {
+    HomeLock lock(home_.rootPath());
+    StagingArea::sweep(home_.rootPath());
+    const int repaired = finishMoves() + recoverFolder(QString());
+    if (repaired > 0) {
+        VLLOG(4, "Recovery pass repaired %d items of %@", repaired, home_.rootPath());
+    }
+    return repaired;
+}
+
+int DriveStore::recoverFolder(const QString& relative) {
+    int repaired = 0;
+    const QString driveFolder = home_.drivePathFor(relative);
+    const QString cloudFolder = cloudPathFor(relative);
+    const auto childOf = [&](const QString& name) {
+        return relative.isEmpty() ? name : relative + QLatin1Char('/') + name;
+    };
+    const QStringList driveNames = namesIn(driveFolder);
+    for (const QString& name : driveNames) {
+        const std::optional<QString> logical = DriveHome::logicalNameOfPlaceholder(name);
+        const QString placeholder = driveFolder + QLatin1Char('/') + name;
+        if (!logical || !ItemTree::isPlaceholder(nativePath(driveFolder), nativePath(name))) {
+            continue;
+        }
+        const Url url = driveURL(childOf(*logical));
+        if (pathExists(url.path())) {
+            // A crash between putting a download in place and removing its placeholder, or
+            // between writing a placeholder and removing the evicted item: the local item stays.
+            if (const std::optional<PlaceholderFile> record =
+                    PlaceholderFile::read(placeholder, nullptr)) {
+                copyPlaceholderMetadata(*record, url);
+            }
+            VLLOG(4, "Recovery: %@ is local; its leftover placeholder goes", url);
+            QFile::remove(placeholder);
+            ++repaired;
+        } else if (!pathExists(cloudPathFor(childOf(*logical)))) {
+            // A placeholder with no content anywhere describes nothing that can be read; the
+            // content it stood for, if any, is a cloud copy under another name, made reachable
+            // below.
+            VLLOG(3, "Recovery: the placeholder of %@ has no cloud copy; it goes", url);
+            QFile::remove(placeholder);
+            ++repaired;
+        }
+    }
+    for (const QString& name : namesIn(cloudFolder)) {
+        const QString child = childOf(name);
+        const QString local = home_.drivePathFor(child);
+        struct stat localStat;
+        struct stat cloudStat;
+        if (!lstatPath(cloudPathFor(child), &cloudStat)) {
+            continue;
+        }
+        const bool cloudIsFolder = S_ISDIR(cloudStat.st_mode);
+        if (lstatPath(local, &localStat)) {
+            if (cloudIsFolder && S_ISDIR(localStat.st_mode)) {
+                repaired += recoverFolder(child);
+            }
+            continue;
+        }
+        if (pathExists(DriveHome::placeholderPathFor(local))) {
+            continue;
+        }
+        // A cloud copy with no item in the drive: an import, move or eviction was cut short.
+        const std::optional<ItemAttributes> attributes = localItemAttributes(
+            Url::fromPath(cloudPathFor(child)), ItemAttributeKey::IsPackage, nullptr);
+        const bool isPackage = attributes && attributes->isPackage.value_or(false);
+        ++repaired;
+        if (cloudIsFolder && !isPackage) {
+            VLLOG(4, "Recovery: the folder %@ was only in the cloud", local);
+            if (::mkdir(nativePath(local).constData(), 0755) == 0) {
+                repaired += recoverFolder(child);
+            }
+        } else if (DriveHome::canBeCloudOnly(name)) {
+            VLLOG(4, "Recovery: %@ was only in the cloud; it is a cloud-only item again", local);
+            writePlaceholder(placeholderURLFor(driveURL(child)), placeholderForCloudCopy(child));
+        } else {
+            VLLOG(3, "Recovery: %@ is only in the cloud and its name is too long for a placeholder",
+                  local);
+        }
+    }
+    return repaired;
+}
+
+}  // namespace vl
