@@ -28,6 +28,7 @@ const char* const StepVariable = "VELLORA_CRASH_STEP";
 
 const QByteArray Old = "the old version of the text";
 const QByteArray New = "the new version, longer than the old one";
+const QStringList Tags = {QStringLiteral("Red"), QStringLiteral("Work")};
 
 QByteArray readBytes(const QString& path) {
     QFile file(path);
@@ -85,6 +86,7 @@ protected:
                                       QStringLiteral("Cloud.txt"), true));
         ASSERT_FALSE(
             store.importItem(sources + QStringLiteral("/Album"), QStringLiteral("Album"), false));
+        ASSERT_FALSE(store.setTags(store.driveURL(QStringLiteral("Cloud.txt")), Tags));
         // An edit the cloud has not had yet: the eviction must send it.
         QFile edited(store.home().drivePathFor(QStringLiteral("Local.txt")));
         ASSERT_TRUE(edited.open(QIODevice::WriteOnly));
@@ -114,6 +116,10 @@ protected:
         const QByteArray cloud =
             contentOf({QStringLiteral("Cloud.txt"), QStringLiteral("Renamed.txt")});
         EXPECT_TRUE(cloud == Old) << where << ": " << cloud.toStdString();
+        const Url cloudOnly = store.driveURL(QStringLiteral("Cloud.txt"));
+        const Url renamed = store.driveURL(QStringLiteral("Renamed.txt"));
+        EXPECT_EQ(store.tags(store.isReachable(cloudOnly, nullptr) ? cloudOnly : renamed), Tags)
+            << where;
         EXPECT_EQ(contentOf({QStringLiteral("Album/a.txt")}), Old) << where;
         // An import cut short left nothing, or an item that is whole.
         const QByteArray imported = contentOf({QStringLiteral("Album 2/a.txt")});

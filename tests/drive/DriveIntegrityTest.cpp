@@ -109,6 +109,20 @@ TEST_F(DriveIntegrityTest, EvictionComparesContentNotSizeAndTime) {
     EXPECT_EQ(readAll(notes.path()), QByteArray("other words"));
 }
 
+TEST_F(DriveIntegrityTest, LongTagsSurviveEvictionAndDownload) {
+    const Url url = import(QStringLiteral("Tagged.txt"), "x", false);
+    QStringList tags;
+    for (int i = 0; i < 300; ++i) {
+        tags.append(QStringLiteral("tag number %1").arg(i));
+    }
+    ASSERT_FALSE(store_->setTags(url, tags));
+    EXPECT_EQ(store_->tags(url), tags);
+    ASSERT_FALSE(store_->evict(url));
+    EXPECT_EQ(store_->tags(url), tags);
+    download(url);
+    EXPECT_EQ(store_->tags(url), tags);
+}
+
 TEST_F(DriveIntegrityTest, APackageIsEvictedExactlyWithEveryNameInIt) {
     declarePackages();
     const QString package = drive(QStringLiteral("Writer/Novel.pages"));

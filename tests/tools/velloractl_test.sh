@@ -127,6 +127,58 @@ run --help
 check "--help succeeds" [ "$rc" = 0 ]
 check "--help lists seed-demo" grep -q 'seed-demo' "$WORK/out"
 
+# --- a kill at any step of a write path leaves every item reachable ---
+# The item's content, local or (for a cloud-only item) its cloud copy, under the first name that
+# has it; "none" when no name does.
+content_of() {
+    for name in "$@"; do
+        if [ -f "$CH/drive/$name" ]; then cat "$CH/drive/$name"; return; fi
+        if [ -f "$CH/drive/.$name.vlcloud" ] && [ -f "$CH/cloud/$name" ]; then
+            cat "$CH/cloud/$name"; return
+        fi
+    done
+    echo none
+}
+printf 'old text' >"$WORK/old.txt"
+for op in evict modify rename import; do
+    step=1
+    while [ "$step" -lt 100 ]; do
+        CH="$WORK/crash-$op-$step"
+        export VELLORA_HOME="$CH"
+        run import "$WORK/old.txt" notes.txt
+        run import "$WORK/old.txt" cloud.txt --cloud-only
+        printf 'local edit' >"$CH/drive/notes.txt"
+        case "$op" in
+            evict) set -- evict notes.txt ;;
+            modify) set -- remote modify cloud.txt --text "remote text" ;;
+            rename) set -- remote rename cloud.txt moved.txt ;;
+            import) set -- import "$WORK/old.txt" again.txt ;;
+        esac
+        # In a shell of its own, so that the kill is not reported on this one's standard error.
+        VELLORA_CRASH_AT=$step sh -c '"$@" >/dev/null 2>&1' sh "$V" "$@" 2>/dev/null
+        crashed=$?
+        run status
+        check "$op killed at $step: velloractl opens the home again" [ "$rc" = 0 ]
+        check "$op killed at $step: the local edit is reachable" \
+            [ "$(content_of notes.txt)" = "local edit" ]
+        cloud=$(content_of cloud.txt moved.txt)
+        check "$op killed at $step: the cloud-only item is whole ($cloud)" \
+            [ "$cloud" = "old text" -o "$cloud" = "remote text" ]
+        again=$(content_of again.txt)
+        check "$op killed at $step: an import is whole or absent ($again)" \
+            [ "$again" = "old text" -o \( "$again" = none -a ! -e "$CH/cloud/again.txt" \) ]
+        # The next eviction never sends back a version older than the cloud's.
+        if [ "$op" = modify ] && [ -f "$CH/drive/cloud.txt" ]; then
+            run evict cloud.txt
+            check "$op killed at $step: no remote change is undone" [ "$(content_of cloud.txt)" = "$cloud" ]
+        fi
+        [ "$crashed" = 137 ] || break
+        step=$((step + 1))
+    done
+    check "$op passed crash points ($step) and then finished" [ "$step" -gt 1 -a "$crashed" = 0 ]
+done
+export VELLORA_HOME="$H"
+
 if [ "$failures" -ne 0 ]; then
     echo "$failures check(s) failed"
     exit 1

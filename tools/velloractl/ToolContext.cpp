@@ -21,7 +21,12 @@ void ToolContext::setErrorStream(FILE* stream) {
 }
 
 ToolContext::ToolContext(const QString& homePath)
-    : store_(std::make_unique<DriveStore>(DriveHome(homePath))) {}
+    : store_(std::make_unique<DriveStore>(DriveHome(homePath))) {
+    // What a crash of any process left behind is repaired before anything is read or changed.
+    if (QFileInfo(home().driveDir()).isDir()) {
+        store_->recover();
+    }
+}
 
 bool ToolContext::prepare() {
     if (std::optional<Error> error = store_->prepare()) {

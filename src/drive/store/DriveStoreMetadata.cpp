@@ -77,13 +77,12 @@ std::optional<QString> DriveStore::readStringAttribute(const QString& path, cons
                                                        bool isSymlink) const {
     // User attributes can't be set on symbolic links, so theirs always live in the fallback.
     if (!isSymlink) {
-        char buffer[4096];
-        const ssize_t length =
-            ::lgetxattr(nativePath(path).constData(), xattrName, buffer, sizeof(buffer));
-        if (length >= 0) {
-            return QString::fromUtf8(buffer, length);
+        QByteArray value;
+        if (readXattr(nativePath(path), xattrName, &value) == 0) {
+            return QString::fromUtf8(value);
         }
-        if (!isUnsupportedXattrError(errno)) {
+        // Without the attribute, the record may hold a value too long for one.
+        if (errno != ENODATA && !isUnsupportedXattrError(errno)) {
             return std::nullopt;
         }
     }
@@ -116,11 +115,20 @@ std::optional<Error> DriveStore::writeStringAttribute(const QString& path, const
                 result = 0;
             }
         }
-        if (result == 0) {
+        const bool tooLong = result != 0 && value && (errno == E2BIG || errno == ENOSPC);
+        if (result == 0 && !hasMetadataValue(path, metadataKey)) {
             return std::nullopt;
         }
-        if (!isUnsupportedXattrError(errno)) {
+        if (tooLong) {
+            // A value longer than the file system keeps in an attribute goes to the record, and
+            // no shorter old value is left to hide it.
+            ::lremovexattr(native.constData(), xattrName);
+        } else if (result != 0 && !isUnsupportedXattrError(errno)) {
             return Error::posixError(errno, path);
+        }
+        if (result == 0) {
+            // The attribute holds it now: an older value in the record goes.
+            return writeStringAttribute(path, nullptr, metadataKey, std::nullopt);
         }
     }
     const std::optional<QString> relative = home_.driveRelativePath(path);
@@ -149,11 +157,9 @@ std::optional<QStringList> DriveStore::tags(const Url& url, Error* error) const 
         // The xattr read alone settles most local items: they answer with their tags or with
         // ENODATA, as symbolic links (which can't hold user xattrs) do too, so the record is
         // looked at, and the item's kind asked, only when it holds tags for this path.
-        char buffer[4096];
-        const ssize_t length =
-            ::lgetxattr(nativePath(url.path()).constData(), kTagsAttribute, buffer, sizeof buffer);
-        if (length >= 0) {
-            return splitTags(QString::fromUtf8(buffer, length));
+        QByteArray value;
+        if (readXattr(nativePath(url.path()), kTagsAttribute, &value) == 0) {
+            return splitTags(QString::fromUtf8(value));
         }
         const int failure = errno;
         if (failure == ENODATA && !hasMetadataValue(url.path(), kTagsKey)) {

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 #include <cerrno>
 #include <ctime>
@@ -95,6 +96,29 @@ void setModificationDate(const QString& path, const QDateTime& date) {
 
 bool isUnsupportedXattrError(int error) {
     return error == ENOTSUP || error == EOPNOTSUPP || error == EPERM;
+}
+
+ssize_t readXattr(const QByteArray& path, const char* name, QByteArray* value) {
+    // Most values fit the first buffer; a longer one is asked for its size, then read whole.
+    char buffer[4096];
+    ssize_t length = ::lgetxattr(path.constData(), name, buffer, sizeof buffer);
+    if (length >= 0) {
+        *value = QByteArray(buffer, length);
+        return 0;
+    }
+    while (errno == ERANGE) {
+        length = ::lgetxattr(path.constData(), name, nullptr, 0);
+        if (length < 0) {
+            return -1;
+        }
+        value->resize(length);
+        length = ::lgetxattr(path.constData(), name, value->data(), size_t(value->size()));
+        if (length >= 0) {
+            value->resize(length);
+            return 0;
+        }
+    }
+    return -1;
 }
 
 QString joinTags(const QStringList& tags) {

@@ -43,6 +43,8 @@ QString lastComponent(const QString& path);
 std::optional<Error> removeRecursively(const QString& path);
 void setModificationDate(const QString& path, const QDateTime& date);
 bool isUnsupportedXattrError(int error);
+// lgetxattr(2) of any length: 0 and the value, or -1 with errno set.
+ssize_t readXattr(const QByteArray& path, const char* name, QByteArray* value);
 QString joinTags(const QStringList& tags);
 QStringList splitTags(const QString& value);
 
