@@ -121,8 +121,12 @@ std::optional<Error> FileUtils::moveTo(const Url& source, const Url& destination
         VLLOG(3, "Move: must move a dir to a dir (dest is a file)");
         return unsupportedError();
     }
+    // A cloud-only item at the destination is only a placeholder on disk, but it is there.
+    const bool destinationIsCloudOnly = !destinationExists && !destination.isEmpty() &&
+                                        CloudDocuments::isInstalled() &&
+                                        CloudDocuments::shared().hasItemPromiseAtURL(destination);
     Url target = destination;
-    if (destinationExists) {
+    if (destinationExists || destinationIsCloudOnly) {
         target = generateUniquePath(destination);
         VLLOG(7, "Avail  dest1: '%@'", target);
     }
@@ -163,7 +167,12 @@ std::optional<QString> FileUtils::stringByUniquingPathInsideDirectoryForBasename
     const QString& directory, const QString& basename) {
     const Url folder = Url::fromPath(directory, true);
     const Url named = folder.appendingPathComponent(basename);
-    if (!exists(named)) {
+    // A cloud-only item holds its name as surely as a local one does.
+    const auto taken = [](const Url& url) {
+        return exists(url) ||
+               (CloudDocuments::isInstalled() && CloudDocuments::shared().hasItemPromiseAtURL(url));
+    };
+    if (!taken(named)) {
         return std::nullopt;
     }
     const QString extension = named.pathExtension();
@@ -172,7 +181,7 @@ std::optional<QString> FileUtils::stringByUniquingPathInsideDirectoryForBasename
     const QString stem = named.deletingPathExtension().lastPathComponent();
     for (int n = 2;; ++n) {
         const QString candidate = format("%@ %d%@", stem, n, dottedExtension);
-        if (!exists(folder.appendingPathComponent(candidate))) {
+        if (!taken(folder.appendingPathComponent(candidate))) {
             return candidate;
         }
     }

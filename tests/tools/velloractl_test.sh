@@ -177,6 +177,21 @@ for op in evict modify rename import; do
     done
     check "$op passed crash points ($step) and then finished" [ "$step" -gt 1 -a "$crashed" = 0 ]
 done
+
+# --- a full disk changes nothing ---
+export VELLORA_HOME="$WORK/full"
+run import "$WORK/old.txt" cloud.txt --cloud-only
+run import "$WORK/old.txt" local.txt
+head -c 200000 /dev/zero >"$WORK/big.bin"
+for item in cloud.txt local.txt; do
+    # A file size limit plays the full disk: writes past 10 KiB fail.
+    (trap '' XFSZ; ulimit -f 20; "$V" remote modify "$item" --from "$WORK/big.bin") >/dev/null 2>&1
+    check "remote modify of $item fails on a full disk" [ "$?" = 1 ]
+    check "the cloud copy of $item is unchanged" cmp -s "$WORK/old.txt" "$VELLORA_HOME/cloud/$item"
+done
+check "the placeholder still gives the old size" \
+    grep -q '"size": 8,' "$VELLORA_HOME/drive/.cloud.txt.vlcloud"
+check "the local copy is unchanged" cmp -s "$WORK/old.txt" "$VELLORA_HOME/drive/local.txt"
 export VELLORA_HOME="$H"
 
 if [ "$failures" -ne 0 ]; then
