@@ -52,11 +52,6 @@ TEST(Settings, MissingKeysGiveTheDefault) {
     EXPECT_FALSE(Settings::boolPrefForKeyWithDefault(QStringLiteral("NeverWritten"), false));
 }
 
-TEST(Settings, ColoursAreWhiteAndBlack) {
-    EXPECT_EQ(Settings::backgroundColor(), QColor(Qt::white));
-    EXPECT_EQ(Settings::statusLabelColor(), QColor(Qt::black));
-}
-
 TEST(SettingsChild, DISABLED_ReadsGridMode) {
     ASSERT_EQ(qgetenv(ChildVariable), QByteArray("expect-yes"));
     EXPECT_TRUE(Settings::gridMode());

@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <cerrno>
+
 namespace vl::test {
 namespace {
 
@@ -70,6 +72,8 @@ TEST_F(FileUtilsTest, MissingSourceFailsWithTheMoveError) {
     const std::optional<Error> error =
         FileUtils::moveTo(driveURL(QStringLiteral("Ghost.txt")), driveURL(QStringLiteral("B.txt")));
     ASSERT_TRUE(error);
+    EXPECT_EQ(error->domain(), Error::FileErrorDomain);
+    EXPECT_EQ(error->code(), Error::FileNoSuchFile);
     EXPECT_TRUE(logged(6).contains(
         QStringLiteral("Move: source filename does not exist, must be a fault.")));
     EXPECT_TRUE(logged(4).contains(QStringLiteral("Move failed: ") + error->description()));
@@ -143,13 +147,20 @@ TEST_F(FileUtilsTest, FoldersAreMadeWithTheirParentsAndRemovedWithTheirContents)
     EXPECT_FALSE(FileUtils::remove(cloudOnly));
     EXPECT_FALSE(CloudDocuments::shared().checkPromisedItemIsReachable(cloudOnly, nullptr));
 
-    EXPECT_TRUE(FileUtils::remove(driveURL(QStringLiteral("Never.txt"))));
-    EXPECT_FALSE(logged(3).filter(QStringLiteral("failed to delete item:")).isEmpty());
+    const Url never = driveURL(QStringLiteral("Never.txt"));
+    const std::optional<Error> removeError = FileUtils::remove(never);
+    ASSERT_TRUE(removeError);
+    EXPECT_EQ(removeError->domain(), Error::POSIXErrorDomain);
+    EXPECT_EQ(removeError->code(), ENOENT);
+    EXPECT_EQ(logged(3).filter(QStringLiteral("failed to delete item:")).size(), 1);
 
     const Url underFile =
         writeFile(QStringLiteral("Plain")).appendingPathComponent(QStringLiteral("Sub"), true);
-    EXPECT_TRUE(FileUtils::mkdir(underFile));
-    EXPECT_FALSE(logged(3).filter(QStringLiteral("failed to create directory:")).isEmpty());
+    const std::optional<Error> mkdirError = FileUtils::mkdir(underFile);
+    ASSERT_TRUE(mkdirError);
+    EXPECT_EQ(mkdirError->domain(), Error::POSIXErrorDomain);
+    EXPECT_EQ(mkdirError->code(), ENOTDIR);
+    EXPECT_EQ(logged(3).filter(QStringLiteral("failed to create directory:")).size(), 1);
 }
 
 TEST_F(FileUtilsTest, RefusedCoordinationAnswersTheCoordinatorsErrorAndChangesNothing) {

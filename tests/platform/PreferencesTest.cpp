@@ -5,11 +5,11 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QPoint>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QThread>
 
 namespace vl {
 namespace {
@@ -53,14 +53,20 @@ TEST_F(PreferencesTest, ValueWrittenByAnotherProcessIsRead) {
     ASSERT_EQ(prefs.value(QStringLiteral("VLLogLevel")).toInt(), 3);
 
     // Same size as the file the store has cached, written by a shell. QSettings notices a change
-    // by size and modification time, and file times move in clock ticks of a few milliseconds, so
-    // the other process writes at least one tick later.
-    QThread::msleep(30);
+    // by size and modification time, and file times move in clock ticks of a few milliseconds:
+    // the write is dated a second later, as another process's write would be at least a tick
+    // later, instead of waiting for the clock.
+    const QDateTime written = QFileInfo(file()).lastModified();
     const int status = QProcess::execute(
         QStringLiteral("sh"),
         {QStringLiteral("-c"), QStringLiteral("printf '[General]\\nVLLogLevel=7\\n' > \"$0\""),
          file()});
     ASSERT_EQ(status, 0);
+    {
+        QFile other(file());
+        ASSERT_TRUE(other.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(other.setFileTime(written.addSecs(1), QFileDevice::FileModificationTime));
+    }
     EXPECT_EQ(prefs.value(QStringLiteral("VLLogLevel")).toInt(), 7);
 }
 

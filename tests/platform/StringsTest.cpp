@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QXmlStreamReader>
 
 #include <thread>
@@ -22,10 +20,10 @@ struct TableEntry {
     bool plural = false;
 };
 
+// From the source tree's path the build gives, not __FILE__, which a compiler cache may make
+// relative to the build.
 QString sourceTablePath() {
-    return QFileInfo(QStringLiteral(__FILE__))
-        .dir()
-        .filePath(QStringLiteral("../../resources/translations/vellora_en.ts"));
+    return QStringLiteral(VELLORA_SOURCE_DIR "/resources/translations/vellora_en.ts");
 }
 
 std::vector<TableEntry> readSourceTable() {

@@ -1,12 +1,12 @@
 #include "platform/log/LogFileWriter.h"
 
-#include <QDateTime>
 #include <QDir>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <cerrno>
+#include <chrono>
 
 namespace vl {
 
@@ -47,6 +47,23 @@ void LogFileWriter::setPath(const QString& path) {
     path_ = path;
 }
 
+void LogFileWriter::setClock(Clock clock) {
+    std::lock_guard lock(mutex_);
+    clock_ = std::move(clock);
+}
+
+qint64 LogFileWriter::nowMs() const {
+    {
+        std::lock_guard lock(mutex_);
+        if (clock_) {
+            return clock_();
+        }
+    }
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
 LogFileWriter::~LogFileWriter() {
     if (fd_ >= 0) {
         ::close(fd_);
@@ -58,7 +75,7 @@ bool LogFileWriter::openFileWasReplacedLocked() const {
     if (::fstat(fd_, &open) != 0 || open.st_nlink == 0) {
         return true;
     }
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const qint64 now = nowMs();
     if (now - pathCheckedMs_ < PathCheckIntervalMs) {
         return false;
     }
@@ -85,7 +102,7 @@ bool LogFileWriter::append(const QByteArray& line) const {
             return false;
         }
         openPath_ = file;
-        pathCheckedMs_ = QDateTime::currentMSecsSinceEpoch();
+        pathCheckedMs_ = nowMs();
     }
     ssize_t written;
     do {

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <mutex>
 
 namespace vl {
@@ -29,12 +30,21 @@ public:
     // Appends `line` (which ends with a newline); creates the file's directory when missing.
     bool append(const QByteArray& line) const;
 
+    // Milliseconds of a monotonic clock; the once-a-second look at the path goes by it. Tests
+    // install their own to move time on without waiting; null goes back to the steady clock.
+    using Clock = std::function<qint64()>;
+    void setClock(Clock clock);
+
 private:
     // Whether the open file is no longer the one at its path.
     bool openFileWasReplacedLocked() const;
 
     mutable std::mutex mutex_;
     QString path_;  // guarded by mutex_; empty for the default path
+
+    qint64 nowMs() const;
+
+    Clock clock_;  // guarded by mutex_; null for the steady clock
 
     mutable std::mutex fileMutex_;
     mutable int fd_ = -1;               // guarded by fileMutex_
