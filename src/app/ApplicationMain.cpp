@@ -1,26 +1,42 @@
 #include "app/ApplicationMain.h"
 
 #include "app/AppDelegate.h"
-#include "drive/store/DriveHome.h"
+#include "app/ApplicationStart.h"
+#include "app/DisplayPlatform.h"
+#include "app/StartupFolders.h"
 #include "drive/service/DriveService.h"
+#include "drive/store/DriveHome.h"
 #include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
 #include "platform/app/ApplicationStateBridge.h"
-#include "platform/dispatch/Dispatch.h"
 #include "platform/app/ManagedPreferencesWatcher.h"
 #include "platform/app/NotificationCenter.h"
 #include "platform/app/Preferences.h"
-#include "platform/text/Strings.h"
 #include "platform/app/TerminationSignals.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/text/Strings.h"
 
 #include <QApplication>
 
 #include <cstring>
+#include <memory>
+#include <optional>
 
 namespace vl {
 
 int ApplicationMain::run(int argc, char** argv) {
-    QApplication application(argc, argv);
+    if (const std::optional<QString> problem = StartupFolders::problem()) {
+        ApplicationStart::report(*problem);
+        return 1;
+    }
+    const DisplayPlatform platform = DisplayPlatform::forSession();
+    if (platform.problem()) {
+        ApplicationStart::report(*platform.problem());
+        return 1;
+    }
+    const std::unique_ptr<QApplication> application =
+        ApplicationStart::create(argc, argv, platform);
+    VLLOG(6, "Showing the window through the %@ platform plugin", QGuiApplication::platformName());
     QApplication::setApplicationName(QStringLiteral("Vellora"));
     QApplication::setDesktopFileName(QStringLiteral("com.tessaly.VelloraApp"));
 

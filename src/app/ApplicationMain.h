@@ -9,7 +9,9 @@ namespace vl {
 class ApplicationMain {
 public:
     ApplicationMain() = delete;
-    // The loop's result, which is the process exit status.
+    // The loop's result, which is the process exit status; 1, after one line on stderr naming
+    // the cause and the remedy, when the app cannot start (a folder it needs, the display, Qt's
+    // platform plugin).
     static int run(int argc, char** argv);
 };
 
