@@ -2,6 +2,8 @@
 # Seeds the demo drive when the home has none, then starts the app.
 #   ./scripts/run-demo.sh <builddir> [app arguments...]
 # The home is $VELLORA_HOME, else $XDG_DATA_HOME/vellora (~/.local/share/vellora).
+# Without a display (neither DISPLAY nor WAYLAND_DISPLAY), the app is served over VNC on the
+# loopback address (serve-vnc.sh).
 set -eu
 BUILD="${1:-build}"
 [ $# -gt 0 ] && shift
@@ -22,6 +24,9 @@ else
 fi
 
 if [ -x "$APP" ]; then
+    if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
+        exec "$(dirname "$0")/serve-vnc.sh" "$APP" "$@"
+    fi
     exec "$APP" "$@"
 fi
 "$CTL" status
