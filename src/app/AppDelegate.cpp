@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/FirstPaintWatcher.h"
 #include "browser/NavController.h"
 #include "services/NetworkWatcher.h"
 #include "toolkit/Window.h"
@@ -10,8 +11,6 @@ AppDelegate::AppDelegate() = default;
 AppDelegate::~AppDelegate() = default;
 
 bool AppDelegate::applicationWillFinishLaunchingWithOptions(const QVariantMap&) {
-    NetworkWatcher::sharedNetworkWatcher().start();
-
     rootWindow_ = std::make_unique<Window>(Window::mainScreenBounds());
     // The window paints itself white.
 
@@ -19,6 +18,10 @@ bool AppDelegate::applicationWillFinishLaunchingWithOptions(const QVariantMap&) 
     rootWindow_->setRootViewController(navigationController);
     rootWindow_->rootViewController()->setRestorationIdentifier(QStringLiteral("Root"));
     rootWindow_->makeKeyAndVisible();
+    // No screen of the first paint shows the network state, and starting the watcher starts the
+    // drive's network listener and Qt's network information backend: they wait for that paint.
+    firstPaint_ = std::make_unique<FirstPaintWatcher>(
+        *rootWindow_, [] { NetworkWatcher::sharedNetworkWatcher().start(); });
     return true;
 }
 

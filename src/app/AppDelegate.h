@@ -7,11 +7,13 @@
 
 namespace vl {
 
+class FirstPaintWatcher;
 class Window;
 
 // The application delegate: builds the one window with the root navigation controller before
-// any interface state is restored, starts the network watcher first, and answers whether the
-// interface state may be saved and restored (only while a cloud account is signed in).
+// any interface state is restored, starts the network watcher once the window first painted, and
+// answers whether the interface state may be saved and restored (only while a cloud account is
+// signed in).
 class AppDelegate {
 public:
     AppDelegate();
@@ -39,6 +41,7 @@ private:
 
     std::unique_ptr<Window> rootWindow_;
     std::shared_ptr<Window> window_;
+    std::unique_ptr<FirstPaintWatcher> firstPaint_;
 };
 
 }  // namespace vl

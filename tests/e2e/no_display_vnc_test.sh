@@ -58,13 +58,15 @@ read -r -t 5 banner <&5
 exec 5<&-
 [[ "$banner" == "RFB "* ]] || fail "127.0.0.1:$port does not speak VNC: $banner"
 
-# The app comes up on the served display.
-shown='"Message":"Showing the window through the xcb platform plugin"'
+# The app comes up on the served display and paints the demo drive's root list there.
+painted='"Message":"First paint of the root list"'
 for _ in $(seq 300); do
-    grep -qF "$shown" "$LOG" 2>/dev/null && break
+    grep -qF "$painted" "$LOG" 2>/dev/null && break
     sleep 0.1
 done
-grep -qF "$shown" "$LOG" || fail "the app did not come up on the served display"
+grep -qF '"Message":"Showing the window through the xcb platform plugin"' "$LOG" ||
+    fail "the app did not come up on the served display"
+grep -qF "$painted" "$LOG" || fail "the app painted no root list"
 
 # Every listening socket of the script's session is the VNC port on 127.0.0.1.
 pids=" $(session_pids | tr '\n' ' ')"
