@@ -10,7 +10,7 @@ packages=(
   qt6-svg-dev libgl-dev
   libgtest-dev libgmock-dev libbenchmark-dev libspdlog-dev
   libsystemd-dev libicu-dev libglib2.0-dev shared-mime-info
-  xvfb xauth x11-apps imagemagick xdotool x11vnc iproute2 qt6-wayland
+  xvfb xauth x11-apps imagemagick xdotool x11vnc iproute2 qt6-wayland weston
 )
 
 missing=()
