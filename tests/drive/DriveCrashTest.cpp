@@ -129,12 +129,20 @@ protected:
             << where << ": " << imported.toStdString();
         EXPECT_EQ(store.recover(), 0) << where << ": the first pass left something";
         // Nothing of the service is left in the drive but placeholders of cloud-only items.
-        QDirIterator it(store.home().driveDir(), QDir::AllEntries | QDir::Hidden | QDir::System,
+        const QStringList items = {QStringLiteral("Local.txt"), QStringLiteral("Moved.txt"),
+                                   QStringLiteral("Cloud.txt"), QStringLiteral("Renamed.txt"),
+                                   QStringLiteral("Album"),     QStringLiteral("Album 2"),
+                                   QStringLiteral("a.txt"),     QStringLiteral("Shortcut.vlref")};
+        QDirIterator it(store.home().driveDir(),
+                        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                         QDirIterator::Subdirectories);
         while (it.hasNext()) {
             const QString name = it.next().section(QLatin1Char('/'), -1);
             if (const std::optional<QString> logical = DriveHome::logicalNameOfPlaceholder(name)) {
                 EXPECT_FALSE(QFile::exists(it.fileInfo().dir().filePath(*logical))) << where;
+                EXPECT_TRUE(items.contains(*logical)) << where << ": " << name.toStdString();
+            } else {
+                EXPECT_TRUE(items.contains(name)) << where << ": " << name.toStdString();
             }
         }
     }
@@ -171,6 +179,10 @@ TEST_F(DriveCrashTest, Download) {
     crashAtEveryStep(QStringLiteral("download"));
 }
 
+TEST_F(DriveCrashTest, DocumentReference) {
+    crashAtEveryStep(QStringLiteral("reference"));
+}
+
 TEST_F(DriveCrashTest, ImportOfAFolder) {
     crashAtEveryStep(QStringLiteral("import"));
 }
@@ -204,6 +216,9 @@ TEST(DriveCrashChild, RunsTheOperationItIsGiven) {
         coordinator.coordinateReadingItemAtURL(store->driveURL(QStringLiteral("Cloud.txt")), {},
                                                &error, [](const Url&) {});
         ASSERT_FALSE(error);
+    } else if (operation == QLatin1String("reference")) {
+        ASSERT_FALSE(store->writeDocumentReference(
+            store->driveURL(QStringLiteral("Shortcut.vlref")), QStringLiteral("Local.txt")));
     } else if (operation == QLatin1String("import")) {
         ASSERT_FALSE(store->importItem(store->home().rootPath() + QStringLiteral("-sources/Album"),
                                        QStringLiteral("Album 2"), false));

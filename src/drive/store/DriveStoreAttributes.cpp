@@ -379,7 +379,13 @@ std::optional<Error> DriveStore::writeDocumentReference(
     const Url& referenceURL, const QString& targetDriveRelativePath) const {
     QJsonObject object;
     object.insert(QLatin1String("target"), targetDriveRelativePath);
-    return RecordFile::writeObject(referenceURL.path(), object);
+    // Made in the staging area, so a crash leaves no temporary file beside it in the drive.
+    Error error;
+    const std::optional<QString> temporary = stagingPath(&error);
+    if (!temporary) {
+        return error;
+    }
+    return RecordFile::writeObject(referenceURL.path(), object, *temporary);
 }
 
 }  // namespace vl
