@@ -137,8 +137,10 @@ TEST_F(DriveIntegrityTest, APackageIsEvictedExactlyWithEveryNameInIt) {
     const Url url = store_->driveURL(QStringLiteral("Writer/Novel.pages"), true);
     ASSERT_FALSE(store_->mirrorLocalChange(url));
 
-    // A file deleted inside the package stays deleted in the cloud.
+    // A file deleted inside the package stays deleted in the cloud, and is no cloud-only item of
+    // its own to the recovery pass.
     ASSERT_EQ(::unlink((native + "/chapters/one.txt").constData()), 0);
+    EXPECT_EQ(store_->recover(), 0);
     const QString reference = dir_.path() + QStringLiteral("/reference");
     ASSERT_FALSE(ItemTree::copy(native, reference.toUtf8()));
 

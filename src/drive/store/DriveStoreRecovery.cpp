@@ -158,8 +158,15 @@ int DriveStore::recoverFolder(const QString& relative) {
             continue;
         }
         const bool cloudIsFolder = S_ISDIR(cloudStat.st_mode);
+        const auto isPackage = [&](const QString& path) {
+            const std::optional<ItemAttributes> attributes =
+                localItemAttributes(Url::fromPath(path), ItemAttributeKey::IsPackage, nullptr);
+            return attributes && attributes->isPackage.value_or(false);
+        };
         if (lstatPath(local, &localStat)) {
-            if (cloudIsFolder && S_ISDIR(localStat.st_mode)) {
+            // A package is one document: what differs inside it is an edit not yet sent, and
+            // its cloud copy is replaced whole by the next eviction.
+            if (cloudIsFolder && S_ISDIR(localStat.st_mode) && !isPackage(local)) {
                 repaired += recoverFolder(child);
             }
             continue;
@@ -168,11 +175,8 @@ int DriveStore::recoverFolder(const QString& relative) {
             continue;
         }
         // A cloud copy with no item in the drive: an import, move or eviction was cut short.
-        const std::optional<ItemAttributes> attributes = localItemAttributes(
-            Url::fromPath(cloudPathFor(child)), ItemAttributeKey::IsPackage, nullptr);
-        const bool isPackage = attributes && attributes->isPackage.value_or(false);
         ++repaired;
-        if (cloudIsFolder && !isPackage) {
+        if (cloudIsFolder && !isPackage(cloudPathFor(child))) {
             VLLOG(4, "Recovery: the folder %@ was only in the cloud", local);
             if (::mkdir(nativePath(local).constData(), 0755) == 0) {
                 repaired += recoverFolder(child);
