@@ -244,6 +244,17 @@ TEST_F(DriveIntegrityTest, CloudCopiesWithoutAnItemBecomeReachable) {
     download(before);
     EXPECT_EQ(readAll(before.path()), QByteArray("only copy"));
     EXPECT_EQ(store_->recover(), 0);
+
+    // Another process's pass between a plain rename and the move of its cloud copy: the cloud
+    // copy it took for a cloud-only item follows the rename, and no placeholder stays behind.
+    ASSERT_EQ(::rename(before.path().toUtf8().constData(),
+                       drive(QStringLiteral("D.txt")).toUtf8().constData()),
+              0);
+    EXPECT_EQ(store_->recover(), 1);
+    ASSERT_FALSE(store_->mirrorLocalMove(before, store_->driveURL(QStringLiteral("D.txt"))));
+    EXPECT_FALSE(store_->hasItemPromise(before));
+    EXPECT_EQ(readAll(cloud(QStringLiteral("D.txt"))), QByteArray("only copy"));
+    EXPECT_EQ(store_->recover(), 0);
 }
 
 TEST_F(DriveIntegrityTest, UnreadableRecordsAreKeptAsideNotReplaced) {

@@ -500,6 +500,14 @@ std::optional<Error> DriveStore::mirrorLocalMove(const Url& source, const Url& d
             failure = renameNoReplace(fromCloud, toCloud);
         }
         if (failure == 0) {
+            // Another process's recovery pass may have taken the cloud copy left behind by a
+            // plain rename for a cloud-only item; its placeholder would now stand for nothing.
+            const QString placeholder = DriveHome::placeholderPathFor(source.path());
+            if (!pathExists(source.path()) &&
+                ItemTree::isPlaceholder(nativePath(parentPath(placeholder)),
+                                        nativePath(lastComponent(placeholder)))) {
+                QFile::remove(placeholder);
+            }
             return std::nullopt;
         }
         errno = failure;
