@@ -107,6 +107,16 @@
         <extracomment>Joins the item count (%1$@) and the free space (%2$@) in the status line.</extracomment>
         <translation>%1$@, %2$@</translation>
     </message>
+    <message id="Show as Grid">
+        <source>Show as Grid</source>
+        <extracomment>Status-bar button that shows the folder's items as a grid of icons.</extracomment>
+        <translation>Show as Grid</translation>
+    </message>
+    <message id="Show as List">
+        <source>Show as List</source>
+        <extracomment>Status-bar button that shows the folder's items as a list.</extracomment>
+        <translation>Show as List</translation>
+    </message>
     <!-- Filename prompts -->
     <message id="Done">
         <source>Done</source>

@@ -1,9 +1,10 @@
 #include "browser/NavController.h"
 
 #include "logging/VLLogging.h"
-#include "platform/cloud/CloudDocuments.h"
 #include "platform/app/Preferences.h"
+#include "platform/cloud/CloudDocuments.h"
 #include "platform/text/Strings.h"
+#include "services/QuotaFetcher.h"
 #include "toolkit/AlertController.h"
 #include "toolkit/DocumentListController.h"
 #include "toolkit/DocumentPickerUnavailableController.h"
@@ -82,8 +83,9 @@ void NavController::setupInitialViewController() {
         } else {
             VLLOG(3, "DocumentListController creation failed");
         }
-        // TODO(quota fetcher): the periodic free-space fetch is created and started here, every
-        // 300 seconds, once QuotaFetcher exists; a rebuild replaces the previous fetcher.
+        quotaFetcher_ = QuotaFetcher::create();
+        quotaFetcher_->setDelegate(sharedAs<NavController>());
+        quotaFetcher_->runWithInterval(300);
     } else {
         VLLOG(4, "Nimbra is not enabled");
         const std::shared_ptr<ViewController> placeholder =
@@ -161,36 +163,6 @@ void NavController::logContainerURL() {
     } else {
         VLLOG(7, "Nimbra is not available");
     }
-}
-
-void NavController::initNewListController(const std::shared_ptr<DocumentListController>& list) {
-    viewTitle_ = list->title();
-    VLLOG(7, "DLC title: %@", list->title());
-    VLLOG(7, "DLC URL: %@", list->presentedURL());
-    const QList<Url> items = list->containedItems();
-    VLLOG(7, "DLC has %d items: %@", int(items.size()), items);
-    if (list->title().isEmpty()) {
-        VLLOG(4, "Warning: newList title not set");
-    }
-    if (!editMode_) {
-        list->navigationItem()->setTitle(viewTitle_);
-    }
-    // TODO(folder lists): the per-item action mask, the Select button, the background colour, the
-    // status-bar toolbar and this controller as the list's delegate join here with edit mode.
-}
-
-void NavController::navigationControllerDidShowViewController(
-    const std::shared_ptr<NavigationController>&, const std::shared_ptr<ViewController>& shown,
-    bool) {
-    const auto list = std::dynamic_pointer_cast<DocumentListController>(shown);
-    if (!list) {
-        return;
-    }
-    if (editMode_) {
-        editMode_ = list->isEditing();
-    }
-    initNewListController(list);
-    setToolbarHidden(false);
 }
 
 }  // namespace vl

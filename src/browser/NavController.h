@@ -1,7 +1,9 @@
 #pragma once
 
-#include "platform/cloud/CloudAccount.h"
 #include "platform/app/NotificationCenter.h"
+#include "platform/cloud/CloudAccount.h"
+#include "services/QuotaFetcherDelegate.h"
+#include "toolkit/DocumentListControllerDelegate.h"
 #include "toolkit/NavigationController.h"
 #include "toolkit/NavigationControllerDelegate.h"
 
@@ -25,8 +27,17 @@ class QuotaFetcher;
 // with a preview screen on top when an item is shown. It shows the browser while a cloud account
 // is signed in and the unavailable placeholder otherwise, and builds the stack again whenever the
 // account's identity token differs from the one it last stored in the standard preferences: on
-// every activation of the app and on every identity-change notification. Main thread only.
-class NavController : public NavigationController, public NavigationControllerDelegate {
+// every activation of the app and on every identity-change notification. It is the delegate of
+// every folder list and runs edit mode, whose selection always belongs to the top list, and the
+// status line under each list. Main thread only.
+//
+// The flows live in one file each: NavController.cpp (start and account), NavControllerLists.cpp
+// (list configuration, edit mode, folder taps), NavControllerRules.cpp (when New Folder, Move
+// and Delete are offered), NavControllerStatus.cpp (the status line and the free space).
+class NavController : public NavigationController,
+                      public NavigationControllerDelegate,
+                      public DocumentListControllerDelegate,
+                      public QuotaFetcherDelegate {
     Q_OBJECT
 public:
     static inline const QString NimbraIdentityTokenKey =
@@ -46,12 +57,69 @@ public:
     void didBecomeActiveNotification(const Notification& notification);
     void nimbraAccountAvailabilityChanged(const Notification& notification);
     void logContainerURL();
+
+    // --- Folder lists and edit mode (NavControllerLists.cpp) ---
     // Configures a folder list that is about to be shown.
     void initNewListController(const std::shared_ptr<DocumentListController>& list);
+    void configureNavBar(const std::shared_ptr<DocumentListController>& list);
+    void configureToolbar(const std::shared_ptr<DocumentListController>& list);
+    // Re-applies the nav bar, the toolbar and the status line to the top list.
+    void configureVisibleControllerForMode();
+    // The one entry that switches edit mode.
+    void setEditModeAndUpdateUIForViewController(
+        bool editMode, const std::shared_ptr<DocumentListController>& list);
+    void beginEditMode(const std::shared_ptr<BarButtonItem>& sender);
+    void endEditMode(const std::shared_ptr<BarButtonItem>& sender);
+    void selectAllItems(const std::shared_ptr<BarButtonItem>& sender);
+    // The top of the stack when it is a folder list.
+    std::shared_ptr<DocumentListController> getTopDocumentListController() const;
+    // The status line and, in edit mode, the selection title and the Move and Delete buttons, of
+    // `list` or (null) of the top list.
+    void updateStatusUI(const std::shared_ptr<DocumentListController>& list);
+
+    // Targets of the edit-mode toolbar buttons.
+    void promtForNewFolderAndCreate(const std::shared_ptr<BarButtonItem>& sender);
+    void showMoveTargetForSelectedItems(const std::shared_ptr<BarButtonItem>& sender);
+    void showWarningAndDeleteDocument(const std::shared_ptr<BarButtonItem>& sender);
+
+    void documentListControllerItemsChanged(
+        const std::shared_ptr<DocumentListController>& list) override;
+    void documentListControllerDidSelectContainerWithViewController(
+        const std::shared_ptr<DocumentListController>& list,
+        const std::shared_ptr<DocumentListController>& newList) override;
+    void documentListControllerDidSelectItemAtURL(
+        const std::shared_ptr<DocumentListController>& list, const Url& url) override;
+    void documentListControllerPerformActionURLOriginatingViewCompletion(
+        const std::shared_ptr<DocumentListController>& list, int action, const Url& url,
+        QWidget* originatingView, std::function<void()> completion) override;
+    void documentListControllerPerformActionURL(const std::shared_ptr<DocumentListController>& list,
+                                                int action, const Url& url) override;
+    // None yet: the per-item flows (delete, actions menu, details, rename) are not built.
+    bool documentListControllerCanPerformAction(const std::shared_ptr<DocumentListController>& list,
+                                                int action) override;
 
     void navigationControllerDidShowViewController(
         const std::shared_ptr<NavigationController>& navigationController,
         const std::shared_ptr<ViewController>& viewController, bool animated) override;
+
+    // --- When New Folder, Move and Delete are offered (NavControllerRules.cpp) ---
+    // Looks only at the folder shown, not at the selection.
+    static bool canEnableNewFolderForSelectedItems(
+        const std::shared_ptr<DocumentListController>& list);
+    static bool canShowMoveForSelectedItems(const std::shared_ptr<DocumentListController>& list);
+    static bool containerSupportsAnyDepth(const std::shared_ptr<DocumentListController>& list);
+    static bool containerHasSubfolders(const Url& url);
+    static unsigned numContainersInURLArray(const QList<Url>& urls);
+    // 1 when any URL is a folder (a directory that is not a package), else 0.
+    static unsigned numFoldersInURLArray(const QList<Url>& urls);
+    static bool canShowDeleteForSelectedItems(const std::shared_ptr<DocumentListController>& list);
+
+    // --- The status line (NavControllerStatus.cpp) ---
+    bool okToShowQuota() const { return lastQuotaFetch_.has_value(); }
+    QString toolbarStatusText(unsigned itemCount) const;
+    QString quotaAvailableString() const;
+    void quotaFetcherDidUpdateValue(const std::shared_ptr<QuotaFetcher>& fetcher,
+                                    quint64 freeBytes) override;
 
     bool editMode() const { return editMode_; }
     void setEditMode(bool editMode) { editMode_ = editMode; }
@@ -110,6 +178,8 @@ protected:
 private:
     void showUnavailableAlert();
     void stopObserving();
+    std::shared_ptr<BarButtonItem> makeToolbarButton(
+        const char* titleKey, void (NavController::*action)(const std::shared_ptr<BarButtonItem>&));
 
     bool editMode_ = false;
     bool pickerIsAlive_ = false;

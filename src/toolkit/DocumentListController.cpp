@@ -305,7 +305,11 @@ bool DocumentListController::requestAction(int action, const Url& url) {
         return false;
     }
     std::shared_ptr<DocumentListController> self = sharedAs<DocumentListController>();
-    if (std::shared_ptr<DocumentListControllerDelegate> d = delegate()) {
+    const std::shared_ptr<DocumentListControllerDelegate> d = delegate();
+    if (d && !d->documentListControllerCanPerformAction(self, action)) {
+        return false;
+    }
+    if (d) {
         d->documentListControllerPerformActionURLOriginatingViewCompletion(
             self, action, url, rowView(model_->index(row)), [] {});
     }
@@ -329,10 +333,13 @@ void DocumentListController::showActionMenu(const QModelIndex& index, const QPoi
         return;
     }
     const Url url = model_->entryAt(index.row()).url;
+    std::shared_ptr<DocumentListController> self = sharedAs<DocumentListController>();
+    const std::shared_ptr<DocumentListControllerDelegate> d = delegate();
     auto* menu = new QMenu(listView_);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     for (const ActionTitle& entry : kActionTitles) {
-        if (!(availableActions_ & (1u << entry.action))) {
+        if (!(availableActions_ & (1u << entry.action)) ||
+            (d && !d->documentListControllerCanPerformAction(self, entry.action))) {
             continue;
         }
         QAction* item = menu->addAction(Strings::localized(entry.key));

@@ -76,8 +76,8 @@ public:
 
     // What a tap on the row of `url` does; false when no such row is shown.
     bool tapItemAtURL(const Url& url);
-    // What choosing a per-item action for `url` does; false when the action is not offered or
-    // no such row is shown.
+    // What choosing a per-item action for `url` does; false when the action is not offered (by
+    // the mask, or the delegate cannot carry it out) or no such row is shown.
     bool requestAction(int action, const Url& url);
 
     // The list widget, once the view loaded.

@@ -31,6 +31,12 @@ public:
     virtual void documentListControllerPerformActionURLOriginatingViewCompletion(
         const std::shared_ptr<DocumentListController>& list, int action, const Url& url,
         QWidget* originatingView, std::function<void()> completion) = 0;
+    // Whether the per-item menu offers `action` (one that availableActions() allows); a delegate
+    // that cannot carry an action out yet keeps it off the menu.
+    virtual bool documentListControllerCanPerformAction(
+        const std::shared_ptr<DocumentListController>& /*list*/, int /*action*/) {
+        return true;
+    }
     virtual void documentListControllerPerformActionURL(
         const std::shared_ptr<DocumentListController>& list, int action, const Url& url) = 0;
 };

@@ -46,6 +46,11 @@ public:
         EXPECT_TRUE(completion);
         actions.append({action, url});
     }
+    int refused = -1;
+    bool documentListControllerCanPerformAction(const std::shared_ptr<DocumentListController>&,
+                                                int action) override {
+        return action != refused;
+    }
     void documentListControllerPerformActionURL(const std::shared_ptr<DocumentListController>&,
                                                 int action, const Url& url) override {
         actions.append({action, url});
@@ -186,6 +191,11 @@ TEST_F(DocumentListControllerTest, PerItemActionsFollowTheAvailableMask) {
     EXPECT_EQ(recorder->actions,
               (QList<std::pair<int, Url>>{{DocumentListController::Rename, item},
                                           {DocumentListController::Delete, item}}));
+
+    // An action the delegate cannot carry out is not offered either.
+    recorder->refused = DocumentListController::Delete;
+    EXPECT_FALSE(list->requestAction(DocumentListController::Delete, item));
+    EXPECT_EQ(recorder->actions.size(), 2);
 }
 
 TEST_F(DocumentListControllerTest, HierarchyRunsFromTheRootDownToTheFolder) {
