@@ -11,6 +11,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev libspdlog-dev
   libsystemd-dev libicu-dev libglib2.0-dev shared-mime-info
   xvfb xauth x11-apps imagemagick xdotool x11vnc iproute2 qt6-wayland weston
+  python3-pyatspi at-spi2-core dbus
 )
 
 missing=()
