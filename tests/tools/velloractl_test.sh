@@ -92,6 +92,11 @@ expect_error 2 remote explode Work
 # --- settings, account, tags, containers ---
 run network cellular
 check "network writes the override" grep -q '"network": *"cellular"' "$H/service.json"
+printf '{"network": ' >"$H/service.json"
+run network wifi
+check "network over an unreadable record succeeds" [ "$rc" = 0 ]
+check "the unreadable record is kept aside" grep -qx '{"network": ' "$H"/service.json.corrupt-*
+check "and reported" grep -q 'kept aside as .*service.json.corrupt-' "$WORK/err"
 run throttle 65536
 check "throttle writes the bandwidth" grep -q '"throttleBytesPerSecond": *65536' "$H/service.json"
 run quota 1000

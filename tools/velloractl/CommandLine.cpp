@@ -14,6 +14,7 @@
 #include "TagsCommand.h"
 #include "ThrottleCommand.h"
 #include "ToolContext.h"
+#include "drive/store/RecordFile.h"
 
 #include <cstdio>
 
@@ -76,7 +77,12 @@ int CommandLine::run(const QStringList& arguments) {
                 std::printf("%s\n", command->summary().toLocal8Bit().constData());
                 return 0;
             }
-            return command->run(context, rest);
+            const int status = command->run(context, rest);
+            // Nothing the command replaced is lost, but it must not go unseen either.
+            for (const QString& aside : RecordFile::takeKeptAside()) {
+                context.fail(QStringLiteral("an unreadable record was kept aside as ") + aside);
+            }
+            return status;
         }
     }
     return context.usageError(QStringLiteral("unknown command \"") + name + QLatin1Char('"'));

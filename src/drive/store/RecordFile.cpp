@@ -13,6 +13,8 @@
 #include <unistd.h>
 #include <cerrno>
 #include <cstring>
+#include <mutex>
+#include <utility>
 
 namespace vl {
 
@@ -20,6 +22,13 @@ namespace {
 
 constexpr int kCorruptFile = 259;
 constexpr int kWriteUnknown = 512;
+
+std::mutex keptAsideMutex;
+
+QStringList& keptAside() {
+    static QStringList paths;  // guarded by keptAsideMutex
+    return paths;
+}
 
 }  // namespace
 
@@ -73,7 +82,14 @@ std::optional<QString> RecordFile::keepAsideIfCorrupt(const QString& path) {
         return std::nullopt;
     }
     VLLOG(3, "Unreadable record %@ kept aside as %@ (%@)", path, aside, error);
+    std::lock_guard lock(keptAsideMutex);
+    keptAside().append(aside);
     return aside;
+}
+
+QStringList RecordFile::takeKeptAside() {
+    std::lock_guard lock(keptAsideMutex);
+    return std::exchange(keptAside(), {});
 }
 
 std::optional<Error> RecordFile::writeBytes(const QString& path, const QByteArray& bytes,

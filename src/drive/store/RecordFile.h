@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QJsonObject>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -28,6 +29,9 @@ public:
                                            const QString& temporaryPath = {});
     // Renames an unreadable record at `path` aside; answers where it went.
     static std::optional<QString> keepAsideIfCorrupt(const QString& path);
+    // Where the records kept aside by this process since the last call went, for a tool to
+    // report.
+    static QStringList takeKeptAside();
     static Error corruptFileError(const QString& path, const QString& reason);
 };
 
