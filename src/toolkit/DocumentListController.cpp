@@ -5,17 +5,22 @@
 #include "logging/VLLogging.h"
 #include "platform/cloud/CloudDocuments.h"
 #include "platform/text/Strings.h"
+#include "toolkit/BarButtonItem.h"
 #include "toolkit/DocumentListControllerDelegate.h"
+#include "toolkit/DocumentListItemDelegate.h"
 #include "toolkit/DocumentListModel.h"
 #include "toolkit/DocumentListReader.h"
+#include "toolkit/NavigationItem.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QGestureEvent>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPalette>
+#include <QScrollBar>
 #include <QScroller>
 #include <QTapAndHoldGesture>
 #include <QVBoxLayout>
@@ -167,6 +172,7 @@ void DocumentListController::setEditing(bool editing, bool /*animated*/) {
     if (listView_) {
         listView_->setSelectionMode(editing ? QAbstractItemView::MultiSelection
                                             : QAbstractItemView::NoSelection);
+        listView_->viewport()->update();
     }
     if (!editing && !selected_.isEmpty()) {
         selected_.clear();
@@ -215,7 +221,12 @@ void DocumentListController::reloadData() {
 void DocumentListController::apply(QList<DocumentListEntry> entries) {
     readPending_ = false;
     const QList<Url> previousSelection = selected_;
+    // A change on disk reloads the whole folder: the rows still there keep their place on screen.
+    const int scroll = listView_ ? listView_->verticalScrollBar()->value() : 0;
     model_->setEntries(std::move(entries));
+    if (listView_) {
+        listView_->verticalScrollBar()->setValue(scroll);
+    }
     selected_.clear();
     for (const DocumentListEntry& entry : model_->entries()) {
         if (previousSelection.contains(entry.url)) {
@@ -367,6 +378,7 @@ void DocumentListController::loadView() {
     listView_ = new QListView(view);
     listView_->setObjectName(QStringLiteral("documentList"));
     listView_->setModel(model_.get());
+    listView_->setItemDelegate(new DocumentListItemDelegate(listView_));
     listView_->setFrameShape(QFrame::NoFrame);
     listView_->setUniformItemSizes(true);
     listView_->setSpacing(2);
@@ -375,8 +387,9 @@ void DocumentListController::loadView() {
     listView_->setSelectionMode(editing_ ? QAbstractItemView::MultiSelection
                                          : QAbstractItemView::NoSelection);
     listView_->setContextMenuPolicy(Qt::CustomContextMenu);
-    // Taps, not a keyboard cursor, drive the list: no focus frame on a "current" row.
-    listView_->setFocusPolicy(Qt::NoFocus);
+    // Arrows move the current row, Return opens it; see eventFilter for the rest.
+    listView_->setFocusPolicy(Qt::StrongFocus);
+    listView_->installEventFilter(this);
     layout->addWidget(listView_);
     setView(view);
     setGridMode(gridMode_);
@@ -408,6 +421,10 @@ void DocumentListController::loadView() {
 }
 
 bool DocumentListController::eventFilter(QObject* watched, QEvent* event) {
+    if (listView_ && watched == listView_ && event->type() == QEvent::KeyPress &&
+        handleKey(static_cast<QKeyEvent*>(event))) {
+        return true;
+    }
     if (listView_ && watched == listView_->viewport() && event->type() == QEvent::Gesture) {
         auto* gestures = static_cast<QGestureEvent*>(event);
         if (auto* hold = static_cast<QTapAndHoldGesture*>(gestures->gesture(Qt::TapAndHoldGesture));
@@ -423,6 +440,34 @@ bool DocumentListController::eventFilter(QObject* watched, QEvent* event) {
         }
     }
     return ViewController::eventFilter(watched, event);
+}
+
+bool DocumentListController::handleKey(QKeyEvent* key) {
+    if (key->matches(QKeySequence::SelectAll)) {
+        if (editing_) {
+            setSelectedItems(containedItems());
+        }
+        return true;
+    }
+    switch (key->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+        case Qt::Key_Space:
+            if (const QModelIndex current = listView_->currentIndex(); current.isValid()) {
+                tapItemAtURL(model_->entryAt(current.row()).url);
+            }
+            return true;
+        case Qt::Key_Escape:
+            // Leaving edit mode is the owner's business: Escape presses its Cancel button.
+            if (const std::shared_ptr<BarButtonItem> cancel =
+                    navigationItem()->rightBarButtonItem();
+                editing_ && cancel) {
+                cancel->trigger();
+            }
+            return true;
+        default:
+            return false;
+    }
 }
 
 }  // namespace vl

@@ -13,6 +13,7 @@
 
 class QFileSystemWatcher;
 
+class QKeyEvent;
 class QModelIndex;
 class QScroller;
 
@@ -92,6 +93,9 @@ private:
     void syncSelectionToView();
     void takeSelectionFromView();
     bool eventFilter(QObject* watched, QEvent* event) override;
+    // Return or Space opens (or, while editing, selects) the current row, Ctrl+A selects all
+    // while editing, Escape leaves editing through the navigation item's right button.
+    bool handleKey(QKeyEvent* key);
     void showActionMenu(const QModelIndex& index, const QPoint& globalPos);
     QWidget* rowView(const QModelIndex& index);
     static DispatchQueuePtr readQueue();

@@ -110,10 +110,18 @@ QList<DocumentListEntry> DocumentListReader::readFolder(const Url& folder) {
         DocumentListEntry entry;
         entry.url = url;
         entry.isCloudOnly = cloudOnly;
+        // A document reference shows as the document it points at, by that one's name and kind.
+        Url described = url;
+        if (!cloudOnly && documents.isExternalDocumentReference(url)) {
+            if (std::optional<Url> target =
+                    documents.externalDocumentReferenceTarget(url, nullptr)) {
+                described = *target;
+            }
+        }
         const std::optional<ItemAttributes> attributes =
-            documents.promisedItemResourceValues(url, kRowKeys, nullptr);
+            documents.promisedItemResourceValues(described, kRowKeys, nullptr);
         entry.displayName = attributes && attributes->localizedName ? *attributes->localizedName
-                                                                    : url.lastPathComponent();
+                                                                    : described.lastPathComponent();
         const bool isDirectory =
             attributes && attributes->isDirectory ? *attributes->isDirectory : info.isDir();
         const bool isPackage = attributes && attributes->isPackage && *attributes->isPackage;
@@ -130,7 +138,7 @@ QList<DocumentListEntry> DocumentListReader::readFolder(const Url& folder) {
             const QString type =
                 attributes && attributes->contentType
                     ? *attributes->contentType
-                    : types.identifierForFileName(url.lastPathComponent(), isDirectory);
+                    : types.identifierForFileName(described.lastPathComponent(), isDirectory);
             entry.iconName = iconNameForContentType(type);
             entry.genericIconName = types.genericIconName(type);
         }

@@ -3,14 +3,19 @@
 #include "platform/cloud/CloudDocuments.h"
 #include "platform/cloud/KeyValueStore.h"
 #include "platform/dispatch/VirtualDispatcher.h"
+#include "toolkit/BarButtonItem.h"
 #include "toolkit/DocumentListController.h"
 #include "toolkit/DocumentListControllerDelegate.h"
 #include "toolkit/DocumentListModel.h"
+#include "toolkit/NavigationItem.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QKeyEvent>
+#include <QListView>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -244,3 +249,56 @@ TEST_F(DocumentListControllerTest, NoListWhileSignedOut) {
 }
 
 }  // namespace
+
+TEST_F(DocumentListControllerTest, KeyboardOpensSelectsAllAndLeavesEditing) {
+    auto list = loadedRootList();
+    ASSERT_NE(list, nullptr);
+    list->loadViewIfNeeded();
+    QListView* view = list->listView();
+    const auto press = [view](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers);
+        QCoreApplication::sendEvent(view, &event);
+    };
+    view->setCurrentIndex(view->model()->index(4, 0));  // "Work"
+    press(Qt::Key_Return);
+    ASSERT_NE(recorder->newList, nullptr);
+    EXPECT_EQ(recorder->newList->presentedURL(), root.appendingPathComponent("Work", true));
+
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_TRUE(list->selectedItems().isEmpty()) << "select all only while editing";
+    list->setEditing(true, false);
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(list->selectedItems(), list->containedItems());
+
+    int cancelled = 0;
+    list->navigationItem()->setRightBarButtonItem(BarButtonItem::withSystemItem(
+        BarButtonItem::SystemItem::Cancel, [&cancelled](const auto&) { ++cancelled; }));
+    press(Qt::Key_Escape);
+    EXPECT_EQ(cancelled, 1);
+}
+
+TEST_F(DocumentListControllerTest, ALiveUpdateKeepsTheScrollPositionAndTheSelection) {
+    for (int i = 0; i < 80; ++i) {
+        write(root.path() + QStringLiteral("/Work/Note %1.txt").arg(i));
+    }
+    auto list = DocumentListController::createForURL(root.appendingPathComponent("Work", true));
+    list->setDelegate(recorder);
+    dispatch->runUntilIdle();
+    list->view()->resize(320, 300);
+    list->view()->show();
+    QScrollBar* bar = list->listView()->verticalScrollBar();
+    ASSERT_GT(bar->maximum(), 200);
+    bar->setValue(200);
+    list->setEditing(true, false);
+    const Url kept = list->containedItems().at(40);
+    const Url removed = list->containedItems().at(41);
+    list->setSelectedItems({kept, removed});
+
+    QFile::remove(removed.path());
+    write(root.path() + QStringLiteral("/Work/Another.txt"));
+    list->reloadData();
+    dispatch->runUntilIdle();
+    EXPECT_EQ(list->containedItems().size(), 81);
+    EXPECT_EQ(bar->value(), 200);
+    EXPECT_EQ(list->selectedItems(), QList<Url>{kept});
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QStyledItemDelegate>
+
+namespace vl {
+
+// Draws a folder list's rows (or grid cells) as the style does, without the style's selection
+// fill, and, while the list selects (its selection mode is not NoSelection), a round check mark
+// per row: filled and ticked for a selected item, an empty ring otherwise.
+class DocumentListItemDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+};
+
+}  // namespace vl
