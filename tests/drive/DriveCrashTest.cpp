@@ -106,6 +106,11 @@ protected:
                 if (store.isCloudOnly(url)) {
                     return readBytes(store.cloudPathFor(name));
                 }
+                // Inside a folder that is cloud-only as a whole.
+                const QString folder = name.section(QLatin1Char('/'), 0, 0);
+                if (folder != name && store.isCloudOnly(store.driveURL(folder))) {
+                    return readBytes(store.cloudPathFor(name));
+                }
             }
             return "(unreachable)";
         };

@@ -237,10 +237,16 @@ TEST_F(DriveIntegrityTest, CloudCopiesWithoutAnItemBecomeReachable) {
     // A folder import cut short: the cloud copy only.
     writeFile(cloud(QStringLiteral("Photos/a.jpg")), "a");
 
-    EXPECT_EQ(store_->recover(), 4) << "the ghost, B.txt, the folder Photos and Photos/a.jpg";
+    EXPECT_EQ(store_->recover(), 3) << "the ghost, B.txt and the folder Photos";
     EXPECT_TRUE(store_->isCloudOnly(before));
     EXPECT_FALSE(QFile::exists(drive(QStringLiteral(".C.txt.vlcloud"))));
-    EXPECT_TRUE(store_->isCloudOnly(store_->driveURL(QStringLiteral("Photos/a.jpg"))));
+    // The folder is a cloud-only item as a whole, so importing it again finds it there.
+    EXPECT_TRUE(store_->isCloudOnly(store_->driveURL(QStringLiteral("Photos"))));
+    const QString photos = sources_ + QStringLiteral("/Photos");
+    writeFile(photos + QStringLiteral("/a.jpg"), "a");
+    const std::optional<Error> again = store_->importItem(photos, QStringLiteral("Photos"), false);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->code(), Error::FileWriteFileExists);
     download(before);
     EXPECT_EQ(readAll(before.path()), QByteArray("only copy"));
     EXPECT_EQ(store_->recover(), 0);

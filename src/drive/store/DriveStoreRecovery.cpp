@@ -174,16 +174,16 @@ int DriveStore::recoverFolder(const QString& relative) {
         if (pathExists(DriveHome::placeholderPathFor(local))) {
             continue;
         }
-        // A cloud copy with no item in the drive: an import, move or eviction was cut short.
+        // A cloud copy with no item in the drive (an import, move or eviction was cut short) is
+        // a cloud-only item again, a folder as a whole as a cloud-only import makes it, so that
+        // importing it again finds it there.
         ++repaired;
-        if (cloudIsFolder && !isPackage(cloudPathFor(child))) {
-            VLLOG(4, "Recovery: the folder %@ was only in the cloud", local);
-            if (::mkdir(nativePath(local).constData(), 0755) == 0) {
-                repaired += recoverFolder(child);
-            }
-        } else if (DriveHome::canBeCloudOnly(name)) {
+        if (DriveHome::canBeCloudOnly(name)) {
             VLLOG(4, "Recovery: %@ was only in the cloud; it is a cloud-only item again", local);
             writePlaceholder(placeholderURLFor(driveURL(child)), placeholderForCloudCopy(child));
+        } else if (cloudIsFolder && ::mkdir(nativePath(local).constData(), 0755) == 0) {
+            VLLOG(4, "Recovery: the folder %@ was only in the cloud", local);
+            repaired += recoverFolder(child);
         } else {
             VLLOG(3, "Recovery: %@ is only in the cloud and its name is too long for a placeholder",
                   local);
