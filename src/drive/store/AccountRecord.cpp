@@ -7,6 +7,13 @@
 
 namespace vl {
 
+namespace {
+
+// 2^64, the first whole number a quint64 cannot hold; converting one at or past it is undefined.
+constexpr double kUnsignedLimit = 18446744073709551616.0;
+
+}  // namespace
+
 std::optional<AccountRecord> AccountRecord::read(const QString& path, Error* error) {
     bool missing = false;
     Error readError;
@@ -30,7 +37,8 @@ std::optional<AccountRecord> AccountRecord::read(const QString& path, Error* err
     record.account = object->value(QLatin1String("account")).toString();
     record.identity = QString::fromLatin1(hex.toLower());
     const QJsonValue freeBytes = object->value(QLatin1String("freeBytes"));
-    if (freeBytes.isDouble() && freeBytes.toDouble() >= 0) {
+    if (freeBytes.isDouble() && freeBytes.toDouble() >= 0 &&
+        freeBytes.toDouble() < kUnsignedLimit) {
         record.freeBytes = static_cast<quint64>(freeBytes.toDouble());
     }
     return record;

@@ -16,6 +16,9 @@ QDateTime dateFrom(const QJsonValue& value) {
     return QDateTime::fromString(value.toString(), Qt::ISODateWithMs);
 }
 
+// 2^64, the first whole number a quint64 cannot hold; converting one at or past it is undefined.
+constexpr double kUnsignedLimit = 18446744073709551616.0;
+
 QString dateString(const QDateTime& date) {
     return date.isValid() ? date.toUTC().toString(Qt::ISODateWithMs) : QString();
 }
@@ -40,7 +43,8 @@ std::optional<PlaceholderFile> PlaceholderFile::fromJson(const QJsonObject& obje
         return std::nullopt;
     }
     const QJsonValue size = object.value(QLatin1String("size"));
-    if (!size.isUndefined() && (!size.isDouble() || size.toDouble() < 0)) {
+    if (!size.isUndefined() &&
+        (!size.isDouble() || !(size.toDouble() >= 0 && size.toDouble() < kUnsignedLimit))) {
         return std::nullopt;
     }
     PlaceholderFile record;

@@ -6,6 +6,13 @@
 
 namespace vl {
 
+namespace {
+
+// 2^64, the first whole number a quint64 cannot hold; converting one at or past it is undefined.
+constexpr double kUnsignedLimit = 18446744073709551616.0;
+
+}  // namespace
+
 ServiceSettings ServiceSettings::read(const QString& path, Error* error) {
     ServiceSettings settings;
     bool missing = false;
@@ -22,7 +29,7 @@ ServiceSettings ServiceSettings::read(const QString& path, Error* error) {
         settings.network = network;
     }
     const double throttle = object->value(QLatin1String("throttleBytesPerSecond")).toDouble();
-    if (throttle > 0) {
+    if (throttle > 0 && throttle < kUnsignedLimit) {
         settings.throttleBytesPerSecond = static_cast<quint64>(throttle);
     }
     return settings;
