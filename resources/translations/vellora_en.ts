@@ -117,6 +117,16 @@
         <extracomment>Status-bar button that shows the folder's items as a list.</extracomment>
         <translation>Show as List</translation>
     </message>
+    <message id="Search">
+        <source>Search</source>
+        <extracomment>Placeholder of the search field above a folder list.</extracomment>
+        <translation>Search</translation>
+    </message>
+    <message id="Search Results">
+        <source>Search Results</source>
+        <extracomment>Accessible name of the list of search results.</extracomment>
+        <translation>Search Results</translation>
+    </message>
     <!-- Filename prompts -->
     <message id="Done">
         <source>Done</source>

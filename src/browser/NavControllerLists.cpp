@@ -238,11 +238,23 @@ void NavController::documentListControllerItemsChanged(
 }
 
 void NavController::documentListControllerDidSelectContainerWithViewController(
-    const std::shared_ptr<DocumentListController>&,
+    const std::shared_ptr<DocumentListController>& list,
     const std::shared_ptr<DocumentListController>& newList) {
     if (editMode_) {
         VLLOG(4, "DLC Navigation not allowed while in edit mode");
         return;
+    }
+    // A folder found by search opens with the lists of the folders above it.
+    if (list && list->isShowingSearchResults()) {
+        list->endSearch();
+        if (const auto hierarchy =
+                DocumentListController::hierarchyForURL(newList->presentedURL())) {
+            setViewControllers(
+                QList<std::shared_ptr<ViewController>>(hierarchy->begin(), hierarchy->end()),
+                false);
+            return;
+        }
+        VLLOG(3, "Search folder tap: Couldn't build DLC stack for %@.", newList->presentedURL());
     }
     initNewListController(newList);
     pushViewController(newList, true);

@@ -10,6 +10,7 @@
 #include "toolkit/DocumentListItemDelegate.h"
 #include "toolkit/DocumentListModel.h"
 #include "toolkit/DocumentListReader.h"
+#include "toolkit/DocumentListSearch.h"
 #include "toolkit/NavigationItem.h"
 
 #include <QDir>
@@ -280,7 +281,21 @@ bool DocumentListController::tapItemAtURL(const Url& url) {
     if (row < 0) {
         return false;
     }
-    const DocumentListEntry entry = model_->entryAt(row);
+    tapEntry(model_->entryAt(row));
+    return true;
+}
+
+bool DocumentListController::isShowingSearchResults() const {
+    return search_ && search_->isShowingResults();
+}
+
+void DocumentListController::endSearch() {
+    if (search_) {
+        search_->endSearch();
+    }
+}
+
+void DocumentListController::tapEntry(const DocumentListEntry& entry) {
     std::shared_ptr<DocumentListController> self = sharedAs<DocumentListController>();
     if (editing_) {
         QList<Url> selection = selected_;
@@ -288,23 +303,22 @@ bool DocumentListController::tapItemAtURL(const Url& url) {
             selection.append(entry.url);
         }
         setSelectedItems(selection);
-        return true;
+        return;
     }
     std::shared_ptr<DocumentListControllerDelegate> d = delegate();
     if (!d) {
-        return true;
+        return;
     }
     if (entry.isFolder) {
         std::shared_ptr<DocumentListController> list = createForURL(entry.url);
         if (!list) {
             VLLOG(3, "No folder list for %@", entry.url);
-            return true;
+            return;
         }
         d->documentListControllerDidSelectContainerWithViewController(self, list);
     } else {
         d->documentListControllerDidSelectItemAtURL(self, entry.url);
     }
-    return true;
 }
 
 bool DocumentListController::requestAction(int action, const Url& url) {
@@ -391,6 +405,16 @@ void DocumentListController::loadView() {
     listView_->setFocusPolicy(Qt::StrongFocus);
     listView_->installEventFilter(this);
     layout->addWidget(listView_);
+    search_ = new DocumentListSearch(
+        presentedURL_, title(), [this] { return model_->entries(); },
+        [this](const DocumentListEntry& entry) {
+            // While selecting, only the folder's own rows can be picked.
+            if (!editing_ || model_->rowForURL(entry.url) >= 0) {
+                tapEntry(entry);
+            }
+        });
+    search_->setParent(this);
+    search_->install(view, listView_);
     setView(view);
     setGridMode(gridMode_);
 

@@ -2,6 +2,7 @@
 
 #include "platform/dispatch/Dispatch.h"
 #include "platform/files/Url.h"
+#include "toolkit/DocumentListSearch.h"
 #include "toolkit/ViewController.h"
 
 #include <QList>
@@ -20,6 +21,7 @@ class QScroller;
 namespace vl {
 
 class DocumentListControllerDelegate;
+
 class DocumentListModel;
 struct DocumentListEntry;
 
@@ -84,11 +86,20 @@ public:
     // The list widget, once the view loaded.
     QListView* listView() const { return listView_; }
 
+    // The search field and its results, once the view loaded.
+    DocumentListSearch* search() const { return search_; }
+    // Whether search results are shown in place of the folder's rows (a tap then came from them).
+    bool isShowingSearchResults() const;
+    // Clears the search and shows the folder's rows again.
+    void endSearch();
+
 protected:
     void loadView() override;
 
 private:
     void apply(QList<DocumentListEntry> entries);
+    // A tap on a row of the folder or of the search results.
+    void tapEntry(const DocumentListEntry& entry);
     void reportItemsChanged();
     void syncSelectionToView();
     void takeSelectionFromView();
@@ -114,6 +125,7 @@ private:
     QPointer<QListView> listView_;
     QPointer<QFileSystemWatcher> watcher_;
     QPointer<QWidget> anchor_;
+    QPointer<DocumentListSearch> search_;
 };
 
 }  // namespace vl

@@ -19,6 +19,9 @@ struct DocumentListEntry {
     bool isAppLibrary = false;
     // Only the placeholder is on the device.
     bool isCloudOnly = false;
+    // In search results: the folders that hold the item, from the searched folder down ("Work ▸
+    // Letters"); empty for the rows of a folder.
+    QString location;
 };
 
 }  // namespace vl

@@ -15,6 +15,11 @@ QVariant DocumentListModel::data(const QModelIndex& index, int role) const {
     const DocumentListEntry& entry = entries_.at(index.row());
     switch (role) {
         case Qt::DisplayRole:
+            return entry.location.isEmpty()
+                       ? entry.displayName
+                       : entry.displayName + QLatin1Char('\n') + entry.location;
+        case Qt::ToolTipRole:
+            return entry.location.isEmpty() ? QVariant() : QVariant(entry.location);
         case Qt::AccessibleTextRole:
             return entry.displayName;
         case Qt::DecorationRole:

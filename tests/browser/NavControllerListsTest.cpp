@@ -2,9 +2,11 @@
 
 #include "browser/DocumentListControllerStatusBar.h"
 #include "toolkit/BarButtonItem.h"
+#include "toolkit/DocumentListSearch.h"
 #include "toolkit/NavigationItem.h"
 
 #include <QLabel>
+#include <QListView>
 #include <QToolButton>
 
 namespace vl {
@@ -185,6 +187,25 @@ TEST_F(NavControllerListsTest, TheStatusLineCountsAndAddsTheFreeSpaceOnceKnown) 
     EXPECT_EQ(nav_->quotaAvailableString(), QStringLiteral("1.0 GB available"));
     nav_->setQuotaBytes(1'073'741'824ull * 1023);
     EXPECT_EQ(nav_->toolbarStatusText(1), QStringLiteral("1 item, 1,023.0 GB available"));
+}
+
+TEST_F(NavControllerListsTest, AFolderFoundBySearchOpensWithTheFoldersAboveIt) {
+    const auto rootList = top();
+    rootList->search()->setSearchText(QStringLiteral("Letters"));
+    dispatch_->runUntilIdle();
+    ASSERT_EQ(rootList->search()->resultURLs(),
+              QList<Url>{url(QStringLiteral("Work/Letters"), true)});
+    emit rootList->search()->resultsView()->clicked(
+        rootList->search()->resultsView()->model()->index(0, 0));
+    dispatch_->runUntilIdle();
+    EXPECT_FALSE(rootList->isShowingSearchResults());
+    ASSERT_EQ(nav_->viewControllers().size(), 3);
+    EXPECT_EQ(top()->presentedURL(), url(QStringLiteral("Work/Letters"), true));
+    EXPECT_EQ(std::dynamic_pointer_cast<DocumentListController>(nav_->viewControllers().at(1))
+                  ->presentedURL(),
+              url(QStringLiteral("Work"), true));
+    EXPECT_EQ(title(), QStringLiteral("Letters"));
+    EXPECT_EQ(top()->delegate().get(), static_cast<DocumentListControllerDelegate*>(nav_.get()));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "toolkit/DocumentListController.h"
 #include "toolkit/DocumentListControllerDelegate.h"
 #include "toolkit/DocumentListModel.h"
+#include "toolkit/DocumentListSearch.h"
 #include "toolkit/NavigationItem.h"
 
 #include <QCoreApplication>
@@ -14,6 +15,7 @@
 #include <QDir>
 #include <QFile>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QListView>
 #include <QScrollBar>
 #include <QTemporaryDir>
@@ -301,4 +303,43 @@ TEST_F(DocumentListControllerTest, ALiveUpdateKeepsTheScrollPositionAndTheSelect
     EXPECT_EQ(list->containedItems().size(), 81);
     EXPECT_EQ(bar->value(), 200);
     EXPECT_EQ(list->selectedItems(), QList<Url>{kept});
+}
+
+TEST_F(DocumentListControllerTest, SearchFiltersTheFolderAndFindsMatchesInSubfolders) {
+    write(root.path() + QStringLiteral("/Work/Letters/Report draft.txt"));
+    auto list = loadedRootList();
+    list->loadViewIfNeeded();
+    DocumentListSearch* search = list->search();
+    ASSERT_NE(search, nullptr);
+    EXPECT_EQ(search->searchField()->accessibleName(), QStringLiteral("Search"));
+
+    search->searchField()->setText(QStringLiteral("report"));
+    EXPECT_TRUE(list->isShowingSearchResults());
+    EXPECT_EQ(search->resultURLs(), (QList<Url>{root.appendingPathComponent("report 9.txt"),
+                                                root.appendingPathComponent("Report 10.txt")}))
+        << "the folder's own rows at once";
+    dispatch->runUntilIdle();
+    const Url draft = root.appendingPathComponent("Work", true)
+                          .appendingPathComponent("Letters", true)
+                          .appendingPathComponent("Report draft.txt");
+    ASSERT_EQ(search->resultURLs().size(), 3);
+    EXPECT_EQ(search->resultURLs().at(2), draft);
+    EXPECT_EQ(search->resultsView()->model()->index(2, 0).data().toString(),
+              QStringLiteral("Report draft.txt\nVellora Drive \u25B8 Work \u25B8 Letters"));
+    EXPECT_EQ(list->containedItems().size(), 5) << "the folder's items stay what they are";
+
+    // A folder among the results offers its list to the delegate, like a tap on its row.
+    search->searchField()->setText(QStringLiteral("lett"));
+    dispatch->runUntilIdle();
+    ASSERT_EQ(search->resultURLs().size(), 1);
+    const QModelIndex letters = search->resultsView()->model()->index(0, 0);
+    emit search->resultsView()->clicked(letters);
+    ASSERT_NE(recorder->newList, nullptr);
+    EXPECT_EQ(recorder->newList->presentedURL(),
+              root.appendingPathComponent("Work", true).appendingPathComponent("Letters", true));
+
+    list->endSearch();
+    EXPECT_FALSE(list->isShowingSearchResults());
+    EXPECT_TRUE(search->searchField()->text().isEmpty());
+    EXPECT_FALSE(search->resultsView()->isVisibleTo(list->view()));
 }
