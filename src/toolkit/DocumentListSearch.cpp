@@ -94,10 +94,17 @@ void DocumentListSearch::install(QWidget* container, QListView* list) {
     connect(field_, &QLineEdit::textChanged, this,
             [this](const QString& text) { setSearchText(text); });
     connect(resultsView_, &QListView::clicked, this, [this](const QModelIndex& index) {
-        if (index.isValid() && onTap_) {
-            const DocumentListEntry entry = results_->entryAt(index.row());
-            onTap_(entry);
+        if (!index.isValid()) {
+            return;
         }
+        // On the next turn: what the tap leads to may end the search or drop the whole list,
+        // this view included, which must not happen inside its own click.
+        const QPointer<DocumentListSearch> self(this);
+        Dispatch::mainQueue()->async([self, entry = results_->entryAt(index.row())] {
+            if (self && self->onTap_) {
+                self->onTap_(entry);
+            }
+        });
     });
 }
 

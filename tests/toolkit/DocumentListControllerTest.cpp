@@ -334,6 +334,8 @@ TEST_F(DocumentListControllerTest, SearchFiltersTheFolderAndFindsMatchesInSubfol
     ASSERT_EQ(search->resultURLs().size(), 1);
     const QModelIndex letters = search->resultsView()->model()->index(0, 0);
     emit search->resultsView()->clicked(letters);
+    EXPECT_EQ(recorder->newList, nullptr) << "not inside the click";
+    dispatch->runUntilIdle();
     ASSERT_NE(recorder->newList, nullptr);
     EXPECT_EQ(recorder->newList->presentedURL(),
               root.appendingPathComponent("Work", true).appendingPathComponent("Letters", true));
