@@ -129,7 +129,7 @@ TEST_F(FileUtilsLocationTest, ContainerRecordsDecideForOtherLibraries) {
     EXPECT_FALSE(FileUtils::isValidExtensionForContainer(pdf));
     EXPECT_TRUE(
         FileUtils::isValidExtensionForContainer(Url::fromPath(QStringLiteral("/lib/Notes"))));
-    answer = container(QStringLiteral("e"), folder, {QStringLiteral("com.adobe.pdf")});
+    answer = container(QStringLiteral("e"), folder, {QStringLiteral("application/pdf")});
     EXPECT_TRUE(FileUtils::isValidExtensionForContainer(pdf));
     answer = container(QStringLiteral("f"), folder, {ContentTypeRegistry::Image});
     EXPECT_FALSE(FileUtils::isValidExtensionForContainer(pdf));

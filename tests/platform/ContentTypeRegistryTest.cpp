@@ -28,15 +28,11 @@ TEST_F(ContentTypeRegistryTest, TypesComeFromTheExtensionOnly) {
               ContentTypeRegistry::UnknownData);
 }
 
-TEST_F(ContentTypeRegistryTest, DirectoriesAreFoldersUnlessTheirExtensionNamesAPackage) {
+TEST_F(ContentTypeRegistryTest, DirectoriesAreFoldersWhateverTheirName) {
     EXPECT_EQ(registry.identifierForFileName(QStringLiteral("Holiday.png"), true),
               ContentTypeRegistry::Folder);
     EXPECT_EQ(registry.identifierForFileName(QStringLiteral("Letters/"), true),
               ContentTypeRegistry::Folder);
-    const QString pages = registry.identifierForFileName(QStringLiteral("Essay.pages"), true);
-    EXPECT_NE(pages, ContentTypeRegistry::Folder);
-    EXPECT_TRUE(registry.isPackageName(QStringLiteral("Essay.pages")));
-    EXPECT_FALSE(registry.isPackageName(QStringLiteral("Essay.txt")));
     EXPECT_FALSE(registry.conformsTo(ContentTypeRegistry::Folder, ContentTypeRegistry::Data));
     EXPECT_TRUE(
         registry.conformsTo(QStringLiteral("inode/directory"), ContentTypeRegistry::Folder));
@@ -57,7 +53,7 @@ TEST_F(ContentTypeRegistryTest, MediaKindsFollowSubtypesAncestorsAndIcons) {
     EXPECT_TRUE(registry.conformsTo(typeOf("ogg"), ContentTypeRegistry::Audio));
     EXPECT_FALSE(registry.conformsTo(typeOf("ogg"), ContentTypeRegistry::Movie));
     EXPECT_TRUE(registry.conformsTo(typeOf("ogv"), ContentTypeRegistry::Movie));
-    // Subtypes conform to their parents, by name or alias.
+    // Subtypes conform to their parents, by name or MIME alias.
     EXPECT_TRUE(registry.conformsTo(typeOf("md"), QStringLiteral("text/plain")));
     EXPECT_TRUE(registry.conformsTo(typeOf("md"), ContentTypeRegistry::Text));
     EXPECT_TRUE(registry.conformsTo(typeOf("odt"), QStringLiteral("application/zip")));
@@ -85,12 +81,15 @@ TEST_F(ContentTypeRegistryTest, DataAndContentAreAbstractSupertypes) {
     EXPECT_FALSE(registry.conformsTo(QString(), QString()));
 }
 
-TEST_F(ContentTypeRegistryTest, ReverseDnsIdentifiersAreAliases) {
-    EXPECT_TRUE(registry.conformsTo(QStringLiteral("application/vnd.oasis.opendocument.text"),
-                                    QStringLiteral("org.oasis-open.opendocument.text")));
-    EXPECT_TRUE(
+TEST_F(ContentTypeRegistryTest, OnlyMimeNamesAndAbstractTypesAreKnown) {
+    // Reverse-domain names are nobody's aliases here: they conform only to themselves.
+    EXPECT_FALSE(
         registry.conformsTo(QStringLiteral("com.adobe.pdf"), QStringLiteral("application/pdf")));
-    EXPECT_FALSE(registry.conformsTo(QStringLiteral("image/png"), QStringLiteral("public.jpeg")));
+    EXPECT_FALSE(
+        registry.conformsTo(QStringLiteral("application/pdf"), QStringLiteral("com.adobe.pdf")));
+    EXPECT_TRUE(registry.preferredExtension(QStringLiteral("com.adobe.pdf")).isEmpty());
+    // MIME aliases still resolve.
+    EXPECT_TRUE(registry.conformsTo(QStringLiteral("audio/mp3"), QStringLiteral("audio/mpeg")));
 }
 
 TEST_F(ContentTypeRegistryTest, DescriptionsIconsAndExtensions) {
@@ -102,7 +101,8 @@ TEST_F(ContentTypeRegistryTest, DescriptionsIconsAndExtensions) {
     EXPECT_EQ(registry.iconName(QStringLiteral("image/png")), QStringLiteral("image-png"));
     EXPECT_EQ(registry.genericIconName(ContentTypeRegistry::Folder), QStringLiteral("folder"));
     EXPECT_EQ(registry.preferredExtension(QStringLiteral("image/jpeg")), QStringLiteral("jpg"));
-    EXPECT_EQ(registry.preferredExtension(QStringLiteral("com.adobe.pdf")), QStringLiteral("pdf"));
+    EXPECT_EQ(registry.preferredExtension(QStringLiteral("application/pdf")),
+              QStringLiteral("pdf"));
     EXPECT_TRUE(registry.extensions(QStringLiteral("image/jpeg")).contains(QStringLiteral("jpeg")));
 }
 

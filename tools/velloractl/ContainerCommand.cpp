@@ -8,7 +8,8 @@ namespace vl {
 QString ContainerCommand::summary() const {
     return QStringLiteral(
         "Add an app library with its supported folder levels (absent when not given) and the "
-        "content types its app declares (MIME names or abstract types such as public.image).");
+        "content types its app declares (MIME names or abstract types such as public.image); "
+        "with --package EXT[,EXT], those types are documents stored as folders named *.EXT.");
 }
 
 int ContainerCommand::run(ToolContext& context, Arguments& arguments) {
@@ -17,6 +18,8 @@ int ContainerCommand::run(ToolContext& context, Arguments& arguments) {
     const std::optional<QString> levels = arguments.takeOption(QStringLiteral("levels"), &missing);
     const std::optional<QString> types = arguments.takeOption(QStringLiteral("types"), &missing);
     const std::optional<QString> folder = arguments.takeOption(QStringLiteral("folder"), &missing);
+    const std::optional<QString> package =
+        arguments.takeOption(QStringLiteral("package"), &missing);
     if (missing) {
         return context.usageError(QStringLiteral("an option is missing its value"));
     }
@@ -44,6 +47,9 @@ int ContainerCommand::run(ToolContext& context, Arguments& arguments) {
         return context.usageError(QStringLiteral("--levels must be none, one or any, not \"") +
                                   *levels + QLatin1Char('"'));
     }
+    if (package && !types) {
+        return context.usageError(QStringLiteral("--package needs --types, the package's types"));
+    }
     const QString folderName = folder.value_or(*name);
     if (folderName.isEmpty() || folderName.contains(QLatin1Char('/')) ||
         folderName.startsWith(QLatin1Char('.'))) {
@@ -70,7 +76,17 @@ int ContainerCommand::run(ToolContext& context, Arguments& arguments) {
             contentTypes.append(type.trimmed());
         }
         if (!contentTypes.isEmpty()) {
-            record.documentTypes.append({*name + QStringLiteral(" Document"), contentTypes});
+            CloudContainer::DocumentType type{
+                *name + QStringLiteral(" Document"), contentTypes, false, {}};
+            if (package) {
+                // The declared type is a document stored as a folder with these extensions.
+                type.isPackage = true;
+                for (const QString& extension :
+                     package->split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+                    type.extensions.append(extension.trimmed().toLower());
+                }
+            }
+            record.documentTypes.append(type);
         }
     }
     if (std::optional<Error> error = context.store().addContainer(record)) {

@@ -12,7 +12,7 @@ public:
     QString synopsis() const override {
         return QStringLiteral(
             "container add ID --name NAME [--levels none|one|any] [--types T,...] "
-            "[--folder FOLDER]");
+            "[--package EXT,...] [--folder FOLDER]");
     }
     QString summary() const override;
     int run(ToolContext& context, Arguments& arguments) override;

@@ -170,13 +170,15 @@ public:
     }
 
     std::optional<QString> library(const QString& identifier, const QString& name,
-                                   const QString& levels, const QStringList& types) {
+                                   const QString& levels, const QStringList& types,
+                                   const QList<CloudContainer::DocumentType>& packages = {}) {
         ContainerRecord record;
         record.identifier = identifier;
         record.localizedName = name;
         record.folder = name;
         record.folderLevels = levels;
-        record.documentTypes.append({name + QStringLiteral(" Document"), types});
+        record.documentTypes.append({name + QStringLiteral(" Document"), types, false, {}});
+        record.documentTypes += packages;
         if (auto error = store_.addContainer(record)) {
             return QStringLiteral("can't add the app library ") + name + QStringLiteral(": ") +
                    errorText(*error);
@@ -283,7 +285,8 @@ std::optional<QString> SeedDemoCommand::seed(ToolContext& context, const QString
              if (auto e = s.library(QStringLiteral("com.tessaly.Writer"), QStringLiteral("Writer"),
                                     CloudContainer::FolderLevelsAny,
                                     {QStringLiteral("text/plain"), QStringLiteral("text/markdown"),
-                                     QStringLiteral("org.oasis-open.opendocument.text")})) {
+                                     QStringLiteral("application/vnd.oasis.opendocument.text")},
+                                    {SeedDemoCommand::manuscriptType()})) {
                  return e;
              }
              if (auto e = s.library(QStringLiteral("com.tessaly.PhotoStudio"),
@@ -391,6 +394,11 @@ std::optional<QString> SeedDemoCommand::seed(ToolContext& context, const QString
                       "climbed the stairs.\n"},
                      {"Writer/Drafts/Chapter 2.md",
                       "# Chapter 2\n\nBy morning the sea had taken the jetty.\n", true},
+                     // A manuscript is one document stored as a folder (a package).
+                     {"Writer/The Lighthouse.manuscript/Text.md",
+                      "# The Lighthouse\n\nThe lamp had not been lit for eleven years.\n"},
+                     {"Writer/The Lighthouse.manuscript/Outline.txt",
+                      "1. The keeper's daughter\n2. The storm\n3. The return\n"},
                      {"Notes/Shopping.txt", "Bread\nOlive oil\nTomatoes\nCoffee\n"},
                      {"Notes/Ideas.md",
                       "# Ideas\n\n- A map of every bakery in town\n- Learn to sail\n", true},

@@ -14,6 +14,16 @@ bool isValidFolder(const QString& folder) {
            folder != QLatin1String("..");
 }
 
+QStringList stringsOf(const QJsonValue& value) {
+    QStringList strings;
+    for (const QJsonValue& entry : value.toArray()) {
+        if (entry.isString()) {
+            strings.append(entry.toString());
+        }
+    }
+    return strings;
+}
+
 }  // namespace
 
 std::optional<ContainerRecord> ContainerRecord::read(const QString& path, Error* error) {
@@ -50,14 +60,19 @@ std::optional<ContainerRecord> ContainerRecord::fromJson(const QJsonObject& obje
     }
     for (const QJsonValue& entry : object.value(QLatin1String("documentTypes")).toArray()) {
         if (entry.isString()) {
-            record.documentTypes.append({entry.toString(), {entry.toString()}});
+            record.documentTypes.append({entry.toString(), {entry.toString()}, false, {}});
         } else if (entry.isObject()) {
+            const QJsonObject declared = entry.toObject();
             CloudContainer::DocumentType type;
-            type.name = entry.toObject().value(QLatin1String("name")).toString();
-            for (const QJsonValue& contentType :
-                 entry.toObject().value(QLatin1String("contentTypes")).toArray()) {
-                if (contentType.isString()) {
-                    type.contentTypes.append(contentType.toString());
+            type.name = declared.value(QLatin1String("name")).toString();
+            type.contentTypes = stringsOf(declared.value(QLatin1String("contentTypes")));
+            type.isPackage = declared.value(QLatin1String("package")).toBool(false);
+            for (const QString& extension :
+                 stringsOf(declared.value(QLatin1String("extensions")))) {
+                // An extension names the end of a folder's name: one plain word.
+                if (!extension.isEmpty() && !extension.contains(QLatin1Char('/')) &&
+                    !extension.contains(QLatin1Char('.'))) {
+                    type.extensions.append(extension.toLower());
                 }
             }
             record.documentTypes.append(type);
@@ -77,13 +92,21 @@ QJsonObject ContainerRecord::toJson() const {
     }
     QJsonArray types;
     for (const CloudContainer::DocumentType& type : documentTypes) {
-        if (type.contentTypes.size() == 1 && type.name == type.contentTypes.first()) {
+        if (type.contentTypes.size() == 1 && type.name == type.contentTypes.first() &&
+            !type.isPackage && type.extensions.isEmpty()) {
             types.append(type.name);
         } else {
             QJsonObject entry;
             entry.insert(QLatin1String("name"), type.name);
             entry.insert(QLatin1String("contentTypes"),
                          QJsonArray::fromStringList(type.contentTypes));
+            if (type.isPackage) {
+                entry.insert(QLatin1String("package"), true);
+            }
+            if (!type.extensions.isEmpty()) {
+                entry.insert(QLatin1String("extensions"),
+                             QJsonArray::fromStringList(type.extensions));
+            }
             types.append(entry);
         }
     }

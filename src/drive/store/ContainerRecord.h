@@ -23,7 +23,8 @@ public:
     QString folder;
     bool hasDocuments = true;
     std::optional<QString> folderLevels;
-    // Each entry is a content-type identifier, or {"name":..., "contentTypes":[...]}.
+    // Each entry is a content-type identifier, or {"name":..., "contentTypes":[...]} with, for a
+    // document stored as a folder, "package":true and optionally "extensions":[...].
     QList<CloudContainer::DocumentType> documentTypes;
     bool isDefault = false;
 

@@ -45,7 +45,8 @@ std::optional<Error> DriveStore::prepare() {
         record.localizedName = QStringLiteral("Vellora Drive");
         record.folderLevels = CloudContainer::FolderLevelsAny;
         record.isDefault = true;
-        record.documentTypes.append({ContentTypeRegistry::Data, {ContentTypeRegistry::Data}});
+        record.documentTypes.append(
+            {ContentTypeRegistry::Data, {ContentTypeRegistry::Data}, false, {}});
         if (std::optional<Error> error = addContainer(record)) {
             return error;
         }
@@ -204,7 +205,11 @@ std::optional<Error> DriveStore::addContainer(const ContainerRecord& record) {
         QDir().mkpath(home_.drivePathFor(record.folder));
         QDir().mkpath(home_.cloudPathFor(record.folder));
     }
-    return record.write(home_.containerRecordFile(record.identifier));
+    std::optional<Error> error = record.write(home_.containerRecordFile(record.identifier));
+    // Its package types count from the next item read on, not after the recheck interval.
+    std::lock_guard lock(caches_->mutex);
+    caches_->packagesCheckedAt = -1;
+    return error;
 }
 
 std::optional<ContainerRecord> DriveStore::containerRecordForURL(const Url& url,

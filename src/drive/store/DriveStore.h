@@ -83,6 +83,9 @@ public:
     // The container that holds a drive item: the app library whose folder holds it, else the
     // default container.
     std::optional<ContainerRecord> containerRecordForURL(const Url& url, Error* error) const;
+    // Whether a directory with this name is a package: its extension is one that a container
+    // record declares for a package document type.
+    bool isPackageDirectoryName(const QString& name) const;
     // The app library whose documents folder is exactly `url`.
     std::optional<ContainerRecord> appLibraryAtURL(const Url& url) const;
     // Removes every item of the container here and in the cloud, keeping its empty folders.
@@ -195,6 +198,8 @@ private:
     std::optional<Error> writeStringAttribute(const QString& path, const char* xattrName,
                                               const char* metadataKey,
                                               const std::optional<QString>& value);
+    // Brings the declared package types up to date; answers their generation.
+    quint64 refreshPackageTypes() const;
     void describeType(const QString& name, bool isDirectory, ItemAttributes& attributes,
                       ItemAttributeKeys keys) const;
     std::optional<ItemAttributes> placeholderAttributes(const Url& logicalURL,

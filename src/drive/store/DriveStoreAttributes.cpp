@@ -122,6 +122,61 @@ bool DriveStore::isReachable(const Url& url, Error* error) const {
 
 // --- Attributes ---
 
+quint64 DriveStore::refreshPackageTypes() const {
+    const qint64 now = coarseNow();
+    {
+        std::lock_guard lock(caches_->mutex);
+        if (caches_->packagesCheckedAt >= 0 &&
+            now - caches_->packagesCheckedAt < kMetadataRecheckNs) {
+            return caches_->packagesGeneration;
+        }
+    }
+    QHash<QString, Caches::TypeInfo> packages;
+    const ContentTypeRegistry& registry = ContentTypeRegistry::shared();
+    for (const ContainerRecord& record : containerRecords()) {
+        for (const CloudContainer::DocumentType& type : record.documentTypes) {
+            if (!type.isPackage || type.contentTypes.isEmpty()) {
+                continue;
+            }
+            Caches::TypeInfo info{type.contentTypes.first(), {}, true};
+            info.description = registry.localizedDescription(info.contentType);
+            if (info.description.isEmpty()) {
+                // An app's own type is unknown to the system: its declared name describes it.
+                info.description = type.name;
+            }
+            QStringList extensions = type.extensions;
+            if (extensions.isEmpty()) {
+                for (const QString& contentType : type.contentTypes) {
+                    extensions += registry.extensions(contentType);
+                }
+            }
+            for (const QString& extension : extensions) {
+                // The first container to declare an extension keeps it.
+                if (!packages.contains(extension.toLower())) {
+                    packages.insert(extension.toLower(), info);
+                }
+            }
+        }
+    }
+    std::lock_guard lock(caches_->mutex);
+    caches_->packagesCheckedAt = now;
+    if (packages != caches_->packages) {
+        caches_->packages = std::move(packages);
+        ++caches_->packagesGeneration;
+    }
+    return caches_->packagesGeneration;
+}
+
+bool DriveStore::isPackageDirectoryName(const QString& name) const {
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    if (dot <= 0) {
+        return false;
+    }
+    refreshPackageTypes();
+    std::lock_guard lock(caches_->mutex);
+    return caches_->packages.contains(name.mid(dot + 1).toLower());
+}
+
 void DriveStore::describeType(const QString& name, bool isDirectory, ItemAttributes& attributes,
                               ItemAttributeKeys keys) const {
     if (!(keys & (ItemAttributeKey::ContentType | ItemAttributeKey::LocalizedTypeDescription |
@@ -130,27 +185,41 @@ void DriveStore::describeType(const QString& name, bool isDirectory, ItemAttribu
     }
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
     const QStringView extension = dot > 0 ? QStringView(name).mid(dot + 1) : QStringView();
+    // A directory's type depends on the declared package types, so it is looked up again when
+    // they change.
+    const quint64 packages = isDirectory ? refreshPackageTypes() : 0;
     // A folder's items mostly share a few extensions: the last answer on this thread is
     // usually the one, without building a key or taking the lock.
     struct LastType {
         quint64 caches = 0;
+        quint64 packages = 0;
         bool isDirectory = false;
         QString extension;
         Caches::TypeInfo info;
     };
     thread_local LastType last;
-    if (last.caches != caches_->id || last.isDirectory != isDirectory ||
+    if (last.caches != caches_->id || last.packages != packages ||
+        last.isDirectory != isDirectory ||
         extension.compare(last.extension, Qt::CaseInsensitive) != 0) {
-        last = {caches_->id, isDirectory, extension.toString().toLower(), {}};
+        last = {caches_->id, packages, isDirectory, extension.toString().toLower(), {}};
         const QString key =
-            (isDirectory ? QStringLiteral("d:") : QStringLiteral("f:")) + last.extension;
+            isDirectory ? QStringLiteral("d:") : QStringLiteral("f:") + last.extension;
         bool cached = false;
         {
             std::lock_guard lock(caches_->mutex);
-            auto found = caches_->types.constFind(key);
-            if (found != caches_->types.constEnd()) {
-                last.info = *found;
-                cached = true;
+            if (isDirectory) {
+                auto package = caches_->packages.constFind(last.extension);
+                if (package != caches_->packages.constEnd()) {
+                    last.info = *package;
+                    cached = true;
+                }
+            }
+            if (!cached) {
+                auto found = caches_->types.constFind(key);
+                if (found != caches_->types.constEnd()) {
+                    last.info = *found;
+                    cached = true;
+                }
             }
         }
         if (!cached) {
@@ -159,7 +228,6 @@ void DriveStore::describeType(const QString& name, bool isDirectory, ItemAttribu
             const QString sample = last.extension.isEmpty()
                                        ? QStringLiteral("item")
                                        : QStringLiteral("item.") + last.extension;
-            last.info.isPackage = isDirectory && registry.isPackageName(sample);
             last.info.contentType = registry.identifierForFileName(sample, isDirectory);
             last.info.description = registry.localizedDescription(last.info.contentType);
             std::lock_guard lock(caches_->mutex);

@@ -260,7 +260,7 @@ std::optional<Error> DriveStore::evict(const Url& url) {
         return Error::fileError(Error::FileNoSuchFile, url.path());
     }
     const QString name = url.lastPathComponent();
-    if (S_ISDIR(st.st_mode) && !ContentTypeRegistry::shared().isPackageName(name)) {
+    if (S_ISDIR(st.st_mode) && !isPackageDirectoryName(name)) {
         // A folder stays; its items go back to the cloud one by one.
         std::optional<Error> firstFailure;
         const QStringList children =

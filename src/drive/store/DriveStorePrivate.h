@@ -26,6 +26,7 @@ struct DriveStore::Caches {
         QString contentType;
         QString description;
         bool isPackage = false;
+        bool operator==(const TypeInfo&) const = default;
     };
     // Tells this store's caches from those of a store that lived at the same address before.
     const quint64 id = storesupport::nextCachesId.fetch_add(1) + 1;
@@ -33,6 +34,11 @@ struct DriveStore::Caches {
     QHash<QString, TypeInfo> types;  // key: "d:" or "f:" + lower-case extension
     QList<ContainerRecord> containers;
     qint64 containersStamp = -1;  // containers/ mtime in ns
+    // The package types the container records declare, by lower-case extension. Looked at again
+    // at most every kMetadataRecheckNs (-1: at the next read); the generation changes with them.
+    QHash<QString, TypeInfo> packages;
+    qint64 packagesCheckedAt = -1;
+    quint64 packagesGeneration = 0;
 };
 
 }  // namespace vl

@@ -21,10 +21,14 @@ public:
     static inline const QString FolderLevelsOne = QStringLiteral("one");
     static inline const QString FolderLevelsAny = QStringLiteral("any");
 
-    // One declared document type: the content-type identifiers its app handles.
+    // One declared document type: the content-type identifiers its app handles. A package type
+    // is a document stored as a folder: a directory whose name ends in one of `extensions` (or,
+    // when none are given, an extension of its content types) is one document of this type.
     struct DocumentType {
         QString name;
         QStringList contentTypes;
+        bool isPackage = false;
+        QStringList extensions = {};
         bool operator==(const DocumentType&) const = default;
     };
 

@@ -40,18 +40,15 @@ public:
     // The preferred identifier for a filename extension (without the dot, any case); empty when
     // the extension is empty or no type claims it.
     virtual QString preferredIdentifierForExtension(const QString& extension) const = 0;
-    // The identifier of an item by its name: "public.folder" for a plain directory, the package
-    // type for a directory whose extension names one, else the type of the extension, else
-    // UnknownData.
+    // The identifier of an item by its name: "public.folder" for any directory, else the type of
+    // the extension, else UnknownData. Whether a directory is a package (one document stored as a
+    // folder) is not the registry's to say: the drive knows it from the document types that its
+    // app libraries declare.
     virtual QString identifierForFileName(const QString& fileName, bool isDirectory) const = 0;
-    // Whether a directory with this name is a package (a document stored as a folder).
-    virtual bool isPackageName(const QString& fileName) const = 0;
 
     // True when `type` is `otherType`, an alias of it, one of its descendants, or falls under the
-    // abstract type `otherType`. A few well-known reverse-DNS identifiers ("com.adobe.pdf",
-    // "org.oasis-open.opendocument.text", ...) are accepted as aliases of their MIME types, so
-    // that container records may declare either form. Unknown identifiers conform only to
-    // themselves and "public.item".
+    // abstract type `otherType`. Unknown identifiers conform only to themselves and
+    // "public.item".
     virtual bool conformsTo(const QString& type, const QString& otherType) const = 0;
 
     // The localized description of the type ("PNG image"); empty for an unknown identifier.

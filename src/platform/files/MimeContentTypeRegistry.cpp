@@ -1,61 +1,12 @@
 #include "platform/files/MimeContentTypeRegistry.h"
 
 #include <QCoreApplication>
-#include <QHash>
 
 namespace vl {
 
 namespace {
 
 const QString DirectoryMimeType = QStringLiteral("inode/directory");
-
-// Document formats that are folders on the platforms that made them; a directory named with one
-// of their extensions is a package.
-const QStringList& packageTypes() {
-    static const QStringList types{
-        QStringLiteral("application/vnd.apple.pages"),
-        QStringLiteral("application/vnd.apple.keynote"),
-        QStringLiteral("application/vnd.apple.numbers"),
-    };
-    return types;
-}
-
-// Reverse-DNS identifiers that documents and app records commonly declare, as the MIME types
-// this registry answers for files.
-const QHash<QString, QString>& reverseDnsAliases() {
-    static const QHash<QString, QString> aliases{
-        {QStringLiteral("public.png"), QStringLiteral("image/png")},
-        {QStringLiteral("public.jpeg"), QStringLiteral("image/jpeg")},
-        {QStringLiteral("public.heic"), QStringLiteral("image/heif")},
-        {QStringLiteral("com.compuserve.gif"), QStringLiteral("image/gif")},
-        {QStringLiteral("public.svg-image"), QStringLiteral("image/svg+xml")},
-        {QStringLiteral("com.adobe.pdf"), QStringLiteral("application/pdf")},
-        {QStringLiteral("public.plain-text"), QStringLiteral("text/plain")},
-        {QStringLiteral("public.html"), QStringLiteral("text/html")},
-        {QStringLiteral("public.rtf"), QStringLiteral("application/rtf")},
-        {QStringLiteral("net.daringfireball.markdown"), QStringLiteral("text/markdown")},
-        {QStringLiteral("public.json"), QStringLiteral("application/json")},
-        {QStringLiteral("public.zip-archive"), QStringLiteral("application/zip")},
-        {QStringLiteral("public.mp3"), QStringLiteral("audio/mpeg")},
-        {QStringLiteral("com.microsoft.waveform-audio"), QStringLiteral("audio/x-wav")},
-        {QStringLiteral("public.mpeg-4"), QStringLiteral("video/mp4")},
-        {QStringLiteral("com.apple.quicktime-movie"), QStringLiteral("video/quicktime")},
-        {QStringLiteral("public.avi"), QStringLiteral("video/x-msvideo")},
-        {QStringLiteral("org.oasis-open.opendocument.text"),
-         QStringLiteral("application/vnd.oasis.opendocument.text")},
-        {QStringLiteral("org.oasis-open.opendocument.spreadsheet"),
-         QStringLiteral("application/vnd.oasis.opendocument.spreadsheet")},
-        {QStringLiteral("org.oasis-open.opendocument.presentation"),
-         QStringLiteral("application/vnd.oasis.opendocument.presentation")},
-        {QStringLiteral("com.apple.iwork.pages.pages"),
-         QStringLiteral("application/vnd.apple.pages")},
-        {QStringLiteral("com.apple.iwork.keynote.key"),
-         QStringLiteral("application/vnd.apple.keynote")},
-        {QStringLiteral("com.apple.iwork.numbers.numbers"),
-         QStringLiteral("application/vnd.apple.numbers")},
-    };
-    return aliases;
-}
 
 // Generic icons of documents that are content although no media type says so.
 bool isDocumentIcon(const QString& genericIcon) {
@@ -96,20 +47,12 @@ QString MimeContentTypeRegistry::preferredIdentifierForExtension(const QString& 
     return typeForName(QStringLiteral("x.") + extension).name();
 }
 
-bool MimeContentTypeRegistry::isPackageName(const QString& fileName) const {
-    const QMimeType type = typeForName(fileName);
-    if (!type.isValid()) {
-        return false;
-    }
-    return packageTypes().contains(type.name());
-}
-
 QString MimeContentTypeRegistry::identifierForFileName(const QString& fileName,
                                                        bool isDirectory) const {
-    const QMimeType type = typeForName(fileName);
     if (isDirectory) {
-        return type.isValid() && packageTypes().contains(type.name()) ? type.name() : Folder;
+        return Folder;
     }
+    const QMimeType type = typeForName(fileName);
     return type.isValid() ? type.name() : UnknownData;
 }
 
@@ -122,8 +65,7 @@ QString MimeContentTypeRegistry::canonical(const QString& type) const {
     if (type.isEmpty() || isAbstract(type)) {
         return type;
     }
-    const QString alias = reverseDnsAliases().value(type);
-    const QMimeType mime = database_.mimeTypeForName(alias.isEmpty() ? type : alias);
+    const QMimeType mime = database_.mimeTypeForName(type);
     if (!mime.isValid()) {
         return type;
     }

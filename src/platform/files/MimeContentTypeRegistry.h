@@ -18,7 +18,6 @@ class MimeContentTypeRegistry : public ContentTypeRegistry {
 public:
     QString preferredIdentifierForExtension(const QString& extension) const override;
     QString identifierForFileName(const QString& fileName, bool isDirectory) const override;
-    bool isPackageName(const QString& fileName) const override;
     bool conformsTo(const QString& type, const QString& otherType) const override;
     QString localizedDescription(const QString& type) const override;
     QString iconName(const QString& type) const override;
@@ -31,8 +30,8 @@ private:
 
     // The MIME type for a name, matched by its extension only; invalid when nothing matches.
     QMimeType typeForName(const QString& fileName) const;
-    // The identifier in the form this registry answers: MIME aliases and known reverse-DNS
-    // identifiers resolved, "inode/directory" as "public.folder".
+    // The identifier in the form this registry answers: MIME aliases resolved,
+    // "inode/directory" as "public.folder".
     QString canonical(const QString& type) const;
     Kind kindOf(const QMimeType& type) const;
     bool isAbstract(const QString& type) const;
