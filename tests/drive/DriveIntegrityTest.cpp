@@ -61,13 +61,14 @@ protected:
         return store_->driveURL(relative);
     }
 
-    // An app library whose record declares folders named *.pages to be documents.
+    // An app library whose record declares folders named *.manuscript to be documents.
     void declarePackages() {
-        const QJsonObject type{{QStringLiteral("name"), QStringLiteral("Pages Document")},
-                               {QStringLiteral("contentTypes"),
-                                QJsonArray{QStringLiteral("application/vnd.apple.pages")}},
-                               {QStringLiteral("package"), true},
-                               {QStringLiteral("extensions"), QJsonArray{QStringLiteral("pages")}}};
+        const QJsonObject type{
+            {QStringLiteral("name"), QStringLiteral("Manuscript")},
+            {QStringLiteral("contentTypes"),
+             QJsonArray{QStringLiteral("application/x-example-manuscript")}},
+            {QStringLiteral("package"), true},
+            {QStringLiteral("extensions"), QJsonArray{QStringLiteral("manuscript")}}};
         const QJsonObject record{
             {QStringLiteral("identifier"), QStringLiteral("com.example.Writer")},
             {QStringLiteral("localizedName"), QStringLiteral("Writer")},
@@ -125,7 +126,7 @@ TEST_F(DriveIntegrityTest, LongTagsSurviveEvictionAndDownload) {
 
 TEST_F(DriveIntegrityTest, APackageIsEvictedExactlyWithEveryNameInIt) {
     declarePackages();
-    const QString package = drive(QStringLiteral("Writer/Novel.pages"));
+    const QString package = drive(QStringLiteral("Writer/Novel.manuscript"));
     ASSERT_TRUE(QDir().mkpath(package + QStringLiteral("/chapters")));
     const QByteArray native = package.toUtf8();
     writeNative(native + "/.vltmp-autosave", "autosave");
@@ -134,7 +135,7 @@ TEST_F(DriveIntegrityTest, APackageIsEvictedExactlyWithEveryNameInIt) {
     writeNative(native + "/chapters/caf\xe9.txt", "latin-1 name");
     writeNative(native + "/chapters/one.txt", "one");
     ASSERT_EQ(::symlink("chapters/one.txt", (native + "/first").constData()), 0);
-    const Url url = store_->driveURL(QStringLiteral("Writer/Novel.pages"), true);
+    const Url url = store_->driveURL(QStringLiteral("Writer/Novel.manuscript"), true);
     ASSERT_FALSE(store_->mirrorLocalChange(url));
 
     // A file deleted inside the package stays deleted in the cloud, and is no cloud-only item of
@@ -147,7 +148,7 @@ TEST_F(DriveIntegrityTest, APackageIsEvictedExactlyWithEveryNameInIt) {
     ASSERT_FALSE(store_->evict(url));
     EXPECT_TRUE(store_->isCloudOnly(url));
     EXPECT_TRUE(ItemTree::sameContent(reference.toUtf8(),
-                                      cloud(QStringLiteral("Writer/Novel.pages")).toUtf8()));
+                                      cloud(QStringLiteral("Writer/Novel.manuscript")).toUtf8()));
     download(url);
     EXPECT_TRUE(ItemTree::sameContent(reference.toUtf8(), native));
     struct stat st;
