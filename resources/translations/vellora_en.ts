@@ -122,6 +122,21 @@
         <extracomment>Placeholder of the search field above a folder list.</extracomment>
         <translation>Search</translation>
     </message>
+    <message id="Name">
+        <source>Name</source>
+        <extracomment>Sort order of a folder list: by name.</extracomment>
+        <translation>Name</translation>
+    </message>
+    <message id="Date">
+        <source>Date</source>
+        <extracomment>Sort order of a folder list: newest first.</extracomment>
+        <translation>Date</translation>
+    </message>
+    <message id="Sort by %@">
+        <source>Sort by %@</source>
+        <extracomment>Accessible name of a folder list's sort button. %@ is the current order, such as “Name”.</extracomment>
+        <translation>Sort by %@</translation>
+    </message>
     <message id="Search Results">
         <source>Search Results</source>
         <extracomment>Accessible name of the list of search results.</extracomment>

@@ -3,7 +3,9 @@
 #include "toolkit/Background.h"
 
 #include "logging/VLLogging.h"
+#include "platform/app/Preferences.h"
 #include "platform/cloud/CloudDocuments.h"
+#include "platform/text/Format.h"
 #include "platform/text/Strings.h"
 #include "toolkit/BarButtonItem.h"
 #include "toolkit/DocumentListControllerDelegate.h"
@@ -44,6 +46,11 @@ constexpr ActionTitle kActionTitles[] = {
     {DocumentListController::Rename, "Rename Item…"},
     {DocumentListController::Delete, "Delete"},
 };
+
+const QString SortOrderKey = QStringLiteral("DocumentListSortOrder");
+
+// The sort orders, in DocumentListReader::SortOrder's numbering.
+constexpr const char* kSortTitles[] = {"Name", "Date", "Size", "Kind"};
 
 }  // namespace
 
@@ -207,8 +214,9 @@ void DocumentListController::reloadData() {
     readPending_ = true;
     std::weak_ptr<DocumentListController> weak = sharedAs<DocumentListController>();
     const Url folder = presentedURL_;
-    readQueue()->async([weak, folder, generation] {
-        QList<DocumentListEntry> entries = DocumentListReader::readFolder(folder);
+    const DocumentListReader::SortOrder order = sortOrder_;
+    readQueue()->async([weak, folder, generation, order] {
+        QList<DocumentListEntry> entries = DocumentListReader::readFolder(folder, order);
         Dispatch::mainQueue()->async([weak, generation, entries = std::move(entries)]() mutable {
             std::shared_ptr<DocumentListController> list = weak.lock();
             // A newer read supersedes this one.
@@ -414,7 +422,7 @@ void DocumentListController::loadView() {
             }
         });
     search_->setParent(this);
-    search_->install(view, listView_);
+    search_->install(view, listView_, makeSortButton());
     setView(view);
     setGridMode(gridMode_);
 
@@ -464,6 +472,55 @@ bool DocumentListController::eventFilter(QObject* watched, QEvent* event) {
         }
     }
     return ViewController::eventFilter(watched, event);
+}
+
+DocumentListReader::SortOrder DocumentListController::storedSortOrder() {
+    const int stored = Preferences::standard().value(SortOrderKey).toInt();
+    return stored >= 0 && stored < int(std::size(kSortTitles))
+               ? DocumentListReader::SortOrder(stored)
+               : DocumentListReader::SortOrder::Name;
+}
+
+void DocumentListController::setSortOrder(DocumentListReader::SortOrder order) {
+    Preferences::standard().setValue(SortOrderKey, int(order));
+    Preferences::standard().synchronize();
+    if (sortButton_) {
+        sortButton_->setText(Strings::localized(kSortTitles[int(order)]) + QStringLiteral(" ▾"));
+        sortButton_->setAccessibleName(
+            format(Strings::localized("Sort by %@"), Strings::localized(kSortTitles[int(order)])));
+    }
+    if (order == sortOrder_) {
+        return;
+    }
+    sortOrder_ = order;
+    // Read again, off the main thread: the rows and the selection come back in the new order.
+    reloadData();
+}
+
+QToolButton* DocumentListController::makeSortButton() {
+    auto* button = new QToolButton;
+    button->setObjectName(QStringLiteral("sortButton"));
+    button->setAutoRaise(true);
+    button->setPopupMode(QToolButton::InstantPopup);
+    button->setStyleSheet(
+        QStringLiteral("QToolButton { color: #007aff; padding: 4px; } "
+                       "QToolButton::menu-indicator { image: none; }"));
+    auto* menu = new QMenu(button);
+    for (int order = 0; order < int(std::size(kSortTitles)); ++order) {
+        QAction* action = menu->addAction(Strings::localized(kSortTitles[order]));
+        action->setCheckable(true);
+        action->setChecked(order == int(sortOrder_));
+        connect(action, &QAction::triggered, this, [this, order, menu] {
+            for (int i = 0; i < menu->actions().size(); ++i) {
+                menu->actions().at(i)->setChecked(i == order);
+            }
+            setSortOrder(DocumentListReader::SortOrder(order));
+        });
+    }
+    button->setMenu(menu);
+    sortButton_ = button;
+    setSortOrder(sortOrder_);
+    return button;
 }
 
 bool DocumentListController::handleKey(QKeyEvent* key) {

@@ -2,12 +2,14 @@
 
 #include "platform/dispatch/Dispatch.h"
 #include "platform/files/Url.h"
+#include "toolkit/DocumentListReader.h"
 #include "toolkit/DocumentListSearch.h"
 #include "toolkit/ViewController.h"
 
 #include <QList>
 #include <QListView>
 #include <QPointer>
+#include <QToolButton>
 
 #include <memory>
 #include <optional>
@@ -64,6 +66,12 @@ public:
     unsigned availableActions() const { return availableActions_; }
     void setAvailableActions(unsigned mask) { availableActions_ = mask; }
 
+    // The order of the rows; a new list takes the one last chosen (kept in the standard
+    // preferences), and choosing one from the list's sort button keeps it for the next lists.
+    DocumentListReader::SortOrder sortOrder() const { return sortOrder_; }
+    void setSortOrder(DocumentListReader::SortOrder order);
+    static DocumentListReader::SortOrder storedSortOrder();
+
     bool isGridMode() const { return gridMode_; }
     void setGridMode(bool grid);
 
@@ -98,6 +106,7 @@ protected:
 
 private:
     void apply(QList<DocumentListEntry> entries);
+    QToolButton* makeSortButton();
     // A tap on a row of the folder or of the search results.
     void tapEntry(const DocumentListEntry& entry);
     void reportItemsChanged();
@@ -126,6 +135,8 @@ private:
     QPointer<QFileSystemWatcher> watcher_;
     QPointer<QWidget> anchor_;
     QPointer<DocumentListSearch> search_;
+    QPointer<QToolButton> sortButton_;
+    DocumentListReader::SortOrder sortOrder_ = storedSortOrder();
 };
 
 }  // namespace vl

@@ -19,6 +19,11 @@ struct DocumentListEntry {
     bool isAppLibrary = false;
     // Only the placeholder is on the device.
     bool isCloudOnly = false;
+    // What the sort orders other than by name use: the content's modification time (ms since
+    // the epoch), the size in bytes (0 for folders) and the content type.
+    qint64 modified = 0;
+    quint64 size = 0;
+    QString kind;
     // In search results: the folders that hold the item, from the searched folder down ("Work ▸
     // Letters"); empty for the rows of a folder.
     QString location;

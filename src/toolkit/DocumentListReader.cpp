@@ -13,9 +13,10 @@ namespace vl {
 
 namespace {
 
-constexpr ItemAttributeKeys kRowKeys = ItemAttributeKey::LocalizedName |
-                                       ItemAttributeKey::ContentType |
-                                       ItemAttributeKey::IsDirectory | ItemAttributeKey::IsPackage;
+constexpr ItemAttributeKeys kRowKeys =
+    ItemAttributeKey::LocalizedName | ItemAttributeKey::ContentType |
+    ItemAttributeKey::IsDirectory | ItemAttributeKey::IsPackage |
+    ItemAttributeKey::ContentModificationDate | ItemAttributeKey::FileSize;
 
 QHash<Url, QString> appLibraryNames(CloudDocuments& documents) {
     QHash<Url, QString> names;
@@ -79,7 +80,37 @@ QString DocumentListReader::iconNameForContentType(const QString& contentType) {
     return ContentTypeRegistry::shared().iconName(contentType);
 }
 
-QList<DocumentListEntry> DocumentListReader::readFolder(const Url& folder) {
+void DocumentListReader::sortEntries(QList<DocumentListEntry>& entries, SortOrder order) {
+    std::sort(entries.begin(), entries.end(),
+              [order](const DocumentListEntry& a, const DocumentListEntry& b) {
+                  if (a.isFolder != b.isFolder) {
+                      return a.isFolder;
+                  }
+                  switch (order) {
+                      case SortOrder::Date:
+                          if (a.modified != b.modified) {
+                              return a.modified > b.modified;
+                          }
+                          break;
+                      case SortOrder::Size:
+                          if (a.size != b.size) {
+                              return a.size > b.size;
+                          }
+                          break;
+                      case SortOrder::Kind:
+                          if (a.kind != b.kind) {
+                              return a.kind < b.kind;
+                          }
+                          break;
+                      case SortOrder::Name:
+                          break;
+                  }
+                  const int byName = compareNames(a.displayName, b.displayName);
+                  return byName != 0 ? byName < 0 : a.url < b.url;
+              });
+}
+
+QList<DocumentListEntry> DocumentListReader::readFolder(const Url& folder, SortOrder order) {
     QList<DocumentListEntry> entries;
     if (!CloudDocuments::isInstalled() || folder.isEmpty()) {
         return entries;
@@ -140,15 +171,16 @@ QList<DocumentListEntry> DocumentListReader::readFolder(const Url& folder) {
                     ? *attributes->contentType
                     : types.identifierForFileName(described.lastPathComponent(), isDirectory);
             entry.iconName = iconNameForContentType(type);
+            entry.kind = type;
+            entry.size = attributes && attributes->fileSize ? *attributes->fileSize : 0;
             entry.genericIconName = types.genericIconName(type);
+        }
+        if (attributes && attributes->contentModificationDate) {
+            entry.modified = attributes->contentModificationDate->toMSecsSinceEpoch();
         }
         entries.append(std::move(entry));
     }
-    std::sort(entries.begin(), entries.end(),
-              [](const DocumentListEntry& a, const DocumentListEntry& b) {
-                  const int order = compareNames(a.displayName, b.displayName);
-                  return order != 0 ? order < 0 : a.url < b.url;
-              });
+    sortEntries(entries, order);
     return entries;
 }
 

@@ -11,7 +11,13 @@ namespace vl {
 // by name as people sort (numbers by value, case ignored). Safe on any thread.
 class DocumentListReader {
 public:
-    static QList<DocumentListEntry> readFolder(const Url& folder);
+    // Folders come first in every order. Name is the natural order; Date puts the newest first,
+    // Size the largest first, Kind groups by content type; ties go by name.
+    enum class SortOrder { Name = 0, Date = 1, Size = 2, Kind = 3 };
+
+    static QList<DocumentListEntry> readFolder(const Url& folder,
+                                               SortOrder order = SortOrder::Name);
+    static void sortEntries(QList<DocumentListEntry>& entries, SortOrder order);
     // The name a folder's list is titled with: the container's name for the default container
     // and app libraries, else the folder's localized name.
     static QString titleForFolder(const Url& folder);

@@ -66,7 +66,7 @@ QList<DocumentListEntry> DocumentListSearch::matchesBelow(const Url& folder,
     return found;
 }
 
-void DocumentListSearch::install(QWidget* container, QListView* list) {
+void DocumentListSearch::install(QWidget* container, QListView* list, QWidget* trailing) {
     list_ = list;
     auto* layout = qobject_cast<QBoxLayout*>(container->layout());
     field_ = new QLineEdit(container);
@@ -88,8 +88,14 @@ void DocumentListSearch::install(QWidget* container, QListView* list) {
     resultsView_->setSelectionMode(QAbstractItemView::NoSelection);
     resultsView_->setAccessibleName(Strings::localized("Search Results"));
     resultsView_->hide();
-    layout->insertWidget(layout->indexOf(list), field_);
-    layout->insertWidget(layout->indexOf(list) + 1, resultsView_);
+    auto* row = new QHBoxLayout;
+    row->setContentsMargins(0, 0, 8, 0);
+    row->addWidget(field_, 1);
+    if (trailing) {
+        row->addWidget(trailing);
+    }
+    layout->insertLayout(layout->indexOf(list), row);
+    layout->insertWidget(layout->indexOf(list), resultsView_);
 
     connect(field_, &QLineEdit::textChanged, this,
             [this](const QString& text) { setSearchText(text); });

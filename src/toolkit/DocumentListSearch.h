@@ -34,9 +34,9 @@ public:
                        std::function<QList<DocumentListEntry>()> folderRows, TapHandler onTap);
     ~DocumentListSearch() override;
 
-    // Puts the field and the results list into the layout of `container`, above `list`, which
-    // is hidden while results are shown.
-    void install(QWidget* container, QListView* list);
+    // Puts the field (with `trailing` beside it, when given) and the results list into the
+    // layout of `container`, above `list`, which is hidden while results are shown.
+    void install(QWidget* container, QListView* list, QWidget* trailing = nullptr);
 
     QLineEdit* searchField() const { return field_; }
     QListView* resultsView() const { return resultsView_; }

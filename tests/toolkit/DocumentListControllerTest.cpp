@@ -1,4 +1,5 @@
 #include "drive/service/DriveService.h"
+#include "platform/app/Preferences.h"
 #include "platform/cloud/CloudAccount.h"
 #include "platform/cloud/CloudDocuments.h"
 #include "platform/cloud/KeyValueStore.h"
@@ -97,6 +98,7 @@ protected:
         CloudDocuments::setShared(nullptr);
         CloudAccount::setShared(nullptr);
         KeyValueStore::setShared(nullptr);
+        Preferences::standard().remove(QStringLiteral("DocumentListSortOrder"));
     }
     static void write(const QString& path) {
         QDir().mkpath(QFileInfo(path).path());
@@ -138,11 +140,12 @@ TEST_F(DocumentListControllerTest, RootListShowsTheDriveWithAppLibrariesByName) 
     EXPECT_EQ(recorder->changes, 1);
     EXPECT_EQ(list->title(), QStringLiteral("Vellora Drive"));
     EXPECT_EQ(list->presentedURL(), root);
-    // Sorted as people sort: numbers by value, case ignored; placeholders by their item's name.
+    // Folders first, then sorted as people sort: numbers by value, case ignored; placeholders by
+    // their item's name.
     EXPECT_EQ(names(list),
-              (QStringList{"Cloud.txt", "Editor", "report 9.txt", "Report 10.txt", "Work"}));
-    EXPECT_EQ(list->containedItems().first(), root.appendingPathComponent("Cloud.txt"));
-    EXPECT_EQ(list->containedItems().at(1), root.appendingPathComponent("com~example~Editor"));
+              (QStringList{"Editor", "Work", "Cloud.txt", "report 9.txt", "Report 10.txt"}));
+    EXPECT_EQ(list->containedItems().first(), root.appendingPathComponent("com~example~Editor"));
+    EXPECT_EQ(list->containedItems().at(2), root.appendingPathComponent("Cloud.txt"));
     const QModelIndex first = list->listView()->model()->index(0, 0);
     EXPECT_FALSE(first.data(Qt::DecorationRole).value<QIcon>().isNull());
 }
@@ -241,7 +244,7 @@ TEST_F(DocumentListControllerTest, AShownListReadsItsFolderAgainWhenItChangesOnD
     ASSERT_TRUE(QDir(work.path()).removeRecursively());
     EXPECT_TRUE(shownAfterChanges([&] { return !list->containedItems().contains(work); }));
     EXPECT_EQ(names(list),
-              (QStringList{"Added.txt", "Cloud.txt", "Editor", "report 9.txt", "Report 10.txt"}));
+              (QStringList{"Editor", "Added.txt", "Cloud.txt", "report 9.txt", "Report 10.txt"}));
 }
 
 TEST_F(DocumentListControllerTest, NoListWhileSignedOut) {
@@ -261,7 +264,7 @@ TEST_F(DocumentListControllerTest, KeyboardOpensSelectsAllAndLeavesEditing) {
         QKeyEvent event(QEvent::KeyPress, key, modifiers);
         QCoreApplication::sendEvent(view, &event);
     };
-    view->setCurrentIndex(view->model()->index(4, 0));  // "Work"
+    view->setCurrentIndex(view->model()->index(1, 0));  // "Work"
     press(Qt::Key_Return);
     ASSERT_NE(recorder->newList, nullptr);
     EXPECT_EQ(recorder->newList->presentedURL(), root.appendingPathComponent("Work", true));
@@ -344,4 +347,33 @@ TEST_F(DocumentListControllerTest, SearchFiltersTheFolderAndFindsMatchesInSubfol
     EXPECT_FALSE(list->isShowingSearchResults());
     EXPECT_TRUE(search->searchField()->text().isEmpty());
     EXPECT_FALSE(search->resultsView()->isVisibleTo(list->view()));
+}
+
+TEST_F(DocumentListControllerTest, SortOrdersKeepFoldersFirstAndTheChoiceIsKept) {
+    write(root.path() + QStringLiteral("/Big.txt"));
+    QFile big(root.path() + QStringLiteral("/Big.txt"));
+    ASSERT_TRUE(big.open(QIODevice::Append));
+    big.write(QByteArray(4096, 'x'));
+    big.close();
+    const QDateTime old = QDateTime::currentDateTimeUtc().addDays(-3);
+    QFile report(root.path() + QStringLiteral("/Report 10.txt"));
+    ASSERT_TRUE(report.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(report.setFileTime(old, QFileDevice::FileModificationTime));
+    report.close();
+
+    auto list = loadedRootList();
+    list->setSortOrder(DocumentListReader::SortOrder::Size);
+    dispatch->runUntilIdle();
+    EXPECT_EQ(names(list).mid(0, 3), (QStringList{"Editor", "Work", "Big.txt"}));
+    list->setSortOrder(DocumentListReader::SortOrder::Date);
+    dispatch->runUntilIdle();
+    EXPECT_EQ(names(list).last(), QStringLiteral("Report 10.txt")) << "the oldest last";
+    const auto* sortButton = list->view()->findChild<QToolButton*>(QStringLiteral("sortButton"));
+    ASSERT_NE(sortButton, nullptr);
+    EXPECT_EQ(sortButton->accessibleName(), QStringLiteral("Sort by Date"));
+
+    // The next list takes the order last chosen.
+    auto next = loadedRootList();
+    EXPECT_EQ(next->sortOrder(), DocumentListReader::SortOrder::Date);
+    EXPECT_EQ(names(next).last(), QStringLiteral("Report 10.txt"));
 }
