@@ -4,6 +4,15 @@
 
 namespace vl {
 
+DocumentListModel::DocumentListModel()
+    : thumbnails_(std::make_unique<DocumentThumbnailLoader>([this](const Url& url) {
+          if (const int row = rowForURL(url); row >= 0) {
+              emit dataChanged(index(row), index(row), {Qt::DecorationRole});
+          }
+      })) {}
+
+DocumentListModel::~DocumentListModel() = default;
+
 int DocumentListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : int(entries_.size());
 }
@@ -23,6 +32,12 @@ QVariant DocumentListModel::data(const QModelIndex& index, int role) const {
         case Qt::AccessibleTextRole:
             return entry.displayName;
         case Qt::DecorationRole:
+            if (DocumentThumbnailLoader::wantsThumbnail(entry.kind)) {
+                if (QIcon thumbnail = thumbnails_->thumbnail(entry.url, ThumbnailSize);
+                    !thumbnail.isNull()) {
+                    return thumbnail;
+                }
+            }
             // Icons are made here, on the main thread, and cached by name.
             return entry.isCloudOnly
                        ? ToolkitIcons::cloudOnlyIcon(entry.iconName, entry.genericIconName)

@@ -1,19 +1,27 @@
 #pragma once
 
 #include "toolkit/DocumentListEntry.h"
+#include "toolkit/DocumentThumbnailLoader.h"
 
 #include <QAbstractListModel>
 #include <QHash>
 #include <QList>
 
+#include <memory>
+
 namespace vl {
 
-// The rows of a folder list for its list view: display name, icon (cloud-only items dimmed) and
-// the URL under UrlRole.
+// The rows of a folder list for its list view: display name, icon (a thumbnail for images, PDFs
+// and videos once it is ready; cloud-only items dimmed) and the URL under UrlRole.
 class DocumentListModel : public QAbstractListModel {
     Q_OBJECT
 public:
     static constexpr int UrlRole = Qt::UserRole + 1;
+    // The edge of the thumbnails, in pixels.
+    static constexpr int ThumbnailSize = 128;
+
+    DocumentListModel();
+    ~DocumentListModel() override;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -27,6 +35,9 @@ public:
 private:
     QList<DocumentListEntry> entries_;
     QHash<Url, int> rows_;
+    // Asked from data(), which is const: reading a thumbnail changes nothing the view sees until
+    // it is ready and dataChanged says so.
+    const std::unique_ptr<DocumentThumbnailLoader> thumbnails_;
 };
 
 }  // namespace vl

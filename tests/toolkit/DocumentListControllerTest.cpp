@@ -377,3 +377,24 @@ TEST_F(DocumentListControllerTest, SortOrdersKeepFoldersFirstAndTheChoiceIsKept)
     EXPECT_EQ(next->sortOrder(), DocumentListReader::SortOrder::Date);
     EXPECT_EQ(names(next).last(), QStringLiteral("Report 10.txt"));
 }
+
+TEST_F(DocumentListControllerTest, ImagesShowTheirThumbnailOnceItIsMadeOffTheMainThread) {
+    QImage red(300, 200, QImage::Format_RGB32);
+    red.fill(Qt::red);
+    ASSERT_TRUE(red.save(root.path() + QStringLiteral("/Red.png")));
+    auto list = loadedRootList();
+    list->loadViewIfNeeded();
+    const QAbstractItemModel* model = list->listView()->model();
+    const int row = int(list->containedItems().indexOf(root.appendingPathComponent("Red.png")));
+    ASSERT_GE(row, 0);
+    const auto centre = [&] {
+        const QIcon icon = model->index(row, 0).data(Qt::DecorationRole).value<QIcon>();
+        return icon.pixmap(32, 32).toImage().pixelColor(16, 16);
+    };
+    EXPECT_NE(centre(), QColor(Qt::red)) << "the type's icon until the thumbnail is ready";
+    int changed = 0;
+    QObject::connect(model, &QAbstractItemModel::dataChanged, [&changed] { ++changed; });
+    dispatch->runUntilIdle();
+    EXPECT_EQ(changed, 1);
+    EXPECT_EQ(centre(), QColor(Qt::red));
+}
