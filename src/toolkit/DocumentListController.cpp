@@ -197,7 +197,7 @@ void DocumentListController::setGridMode(bool grid) {
     if (grid) {
         listView_->setViewMode(QListView::IconMode);
         listView_->setIconSize(QSize(64, 64));
-        listView_->setGridSize(QSize(110, 110));
+        listView_->setGridSize(QSize(112, 124));
         listView_->setWordWrap(true);
     } else {
         listView_->setViewMode(QListView::ListMode);

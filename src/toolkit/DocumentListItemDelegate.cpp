@@ -12,6 +12,15 @@ constexpr int kMarkSize = 22;
 const QColor kTint(0x00, 0x7a, 0xff);
 }  // namespace
 
+QSize DocumentListItemDelegate::sizeHint(const QStyleOptionViewItem& option,
+                                         const QModelIndex& index) const {
+    const auto* view = qobject_cast<const QListView*>(option.widget);
+    if (view && view->viewMode() == QListView::IconMode && view->gridSize().isValid()) {
+        return view->gridSize() - QSize(6, 6);
+    }
+    return QStyledItemDelegate::sizeHint(option, index);
+}
+
 void DocumentListItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                                      const QModelIndex& index) const {
     const auto* view = qobject_cast<const QListView*>(option.widget);

@@ -14,6 +14,9 @@ public:
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
+    // Grid cells take the whole cell, so names wrap to a second line instead of being cut
+    // to the width of the first item's.
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 };
 
 }  // namespace vl
