@@ -2,11 +2,11 @@
 
 #include "services/LogCapture.h"
 
-#include "drive/store/AccountRecord.h"
 #include "drive/service/DriveService.h"
+#include "drive/store/AccountRecord.h"
+#include "platform/app/Preferences.h"
 #include "platform/cloud/CloudDocuments.h"
 #include "platform/cloud/KeyValueStore.h"
-#include "platform/app/Preferences.h"
 #include "platform/dispatch/VirtualDispatcher.h"
 #include "toolkit/AlertController.h"
 #include "toolkit/DocumentListController.h"
