@@ -1,3 +1,4 @@
+#include "StoreFixture.h"
 #include "drive/integrity/ItemTree.h"
 #include "drive/store/DriveStore.h"
 #include "drive/store/RecordFile.h"
@@ -17,18 +18,6 @@
 namespace vl {
 namespace {
 
-QByteArray readAll(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QDir().mkpath(path.left(path.lastIndexOf(QLatin1Char('/'))));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
 void writeNative(const QByteArray& path, const QByteArray& bytes) {
     const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     ASSERT_GE(fd, 0) << path.constData();
@@ -44,23 +33,8 @@ void copyModificationTime(const QString& like, const QString& path) {
     ASSERT_EQ(::utimensat(AT_FDCWD, path.toUtf8().constData(), times, 0), 0);
 }
 
-class DriveIntegrityTest : public ::testing::Test {
+class DriveIntegrityTest : public StoreFixture {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(dir_.isValid());
-        store_ = std::make_unique<DriveStore>(DriveHome(dir_.path() + QStringLiteral("/home")));
-        ASSERT_FALSE(store_->prepare());
-        sources_ = dir_.path() + QStringLiteral("/sources");
-        QDir().mkpath(sources_);
-    }
-
-    Url import(const QString& relative, const QByteArray& bytes, bool cloudOnly) {
-        const QString source = sources_ + QLatin1Char('/') + QString::number(counter_++);
-        writeFile(source, bytes);
-        EXPECT_FALSE(store_->importItem(source, relative, cloudOnly)) << relative.toStdString();
-        return store_->driveURL(relative);
-    }
-
     // An app library whose record declares folders named *.manuscript to be documents.
     void declarePackages() {
         const QJsonObject type{
@@ -87,14 +61,6 @@ protected:
         ASSERT_FALSE(ItemTree::copy(cloud->toUtf8(), copy.toUtf8()));
         ASSERT_FALSE(store_->completeDownload(url, copy, ItemTree::signature(cloud->toUtf8())));
     }
-
-    QString drive(const QString& relative) const { return store_->home().drivePathFor(relative); }
-    QString cloud(const QString& relative) const { return store_->cloudPathFor(relative); }
-
-    QTemporaryDir dir_;
-    std::unique_ptr<DriveStore> store_;
-    QString sources_;
-    int counter_ = 0;
 };
 
 TEST_F(DriveIntegrityTest, EvictionComparesContentNotSizeAndTime) {

@@ -1,3 +1,4 @@
+#include "StoreFixture.h"
 #include "drive/store/DriveStore.h"
 #include "drive/store/ThumbnailCache.h"
 #include "platform/files/ContentTypeRegistry.h"
@@ -14,44 +15,7 @@
 namespace vl {
 namespace {
 
-QByteArray readAll(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QDir().mkpath(path.left(path.lastIndexOf(QLatin1Char('/'))));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
-class DriveStoreTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(dir_.isValid());
-        store_ = std::make_unique<DriveStore>(DriveHome(dir_.path() + QStringLiteral("/home")));
-        ASSERT_FALSE(store_->prepare());
-        sources_ = dir_.path() + QStringLiteral("/sources");
-        QDir().mkpath(sources_);
-    }
-
-    // Imports `bytes` as the drive item `relative`, local or cloud-only.
-    Url import(const QString& relative, const QByteArray& bytes, bool cloudOnly) {
-        const QString source = sources_ + QLatin1Char('/') + QString::number(counter_++);
-        writeFile(source, bytes);
-        EXPECT_FALSE(store_->importItem(source, relative, cloudOnly)) << relative.toStdString();
-        return store_->driveURL(relative);
-    }
-
-    QString drive(const QString& relative) const { return store_->home().drivePathFor(relative); }
-    QString cloud(const QString& relative) const { return store_->cloudPathFor(relative); }
-
-    QTemporaryDir dir_;
-    std::unique_ptr<DriveStore> store_;
-    QString sources_;
-    int counter_ = 0;
-};
+class DriveStoreTest : public StoreFixture {};
 
 TEST_F(DriveStoreTest, CloudOnlyItemIsDescribedFromItsPlaceholderWithoutDownloading) {
     const Url logical = import(QStringLiteral("Report.pdf"), QByteArray(5000, 'x'), true);
