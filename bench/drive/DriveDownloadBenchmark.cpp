@@ -6,8 +6,8 @@
 
 #include "drive/coordination/DriveCoordinationBackend.h"
 #include "drive/store/DriveStore.h"
-#include "platform/files/ContentTypeRegistry.h"
 #include "platform/cloud/FileCoordinator.h"
+#include "platform/files/ContentTypeRegistry.h"
 #include "platform/files/MimeContentTypeRegistry.h"
 
 #include <QCoreApplication>

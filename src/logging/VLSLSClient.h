@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/dispatch/Dispatch.h"
 #include "platform/app/NotificationCenter.h"
+#include "platform/dispatch/Dispatch.h"
 #include "platform/log/SystemLogService.h"
 
 #include <QString>

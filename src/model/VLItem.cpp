@@ -4,8 +4,8 @@
 #include "model/PreviewCapability.h"
 #include "model/VLRAppBookmarks.h"
 #include "platform/cloud/CloudDocuments.h"
-#include "platform/files/ContentTypeRegistry.h"
 #include "platform/cloud/FileCoordinator.h"
+#include "platform/files/ContentTypeRegistry.h"
 #include "platform/text/Format.h"
 
 #include <QLocale>

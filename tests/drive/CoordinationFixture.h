@@ -2,10 +2,10 @@
 
 #include "drive/coordination/DriveCoordinationBackend.h"
 #include "drive/store/DriveStore.h"
-#include "platform/files/ContentTypeRegistry.h"
-#include "platform/dispatch/Dispatch.h"
 #include "platform/cloud/FileCoordinator.h"
 #include "platform/cloud/FilePresenter.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/files/ContentTypeRegistry.h"
 #include "platform/files/MimeContentTypeRegistry.h"
 
 #include <gtest/gtest.h>

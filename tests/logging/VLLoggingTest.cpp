@@ -1,8 +1,8 @@
 #include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
-#include "platform/dispatch/Dispatch.h"
 #include "platform/app/NotificationCenter.h"
 #include "platform/app/Preferences.h"
+#include "platform/dispatch/Dispatch.h"
 #include "platform/log/SystemLogService.h"
 
 #include <gtest/gtest.h>

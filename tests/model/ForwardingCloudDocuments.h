@@ -34,9 +34,7 @@ public:
     int attributeReads() const { return attributeReads_; }
 
     std::optional<Url> driveRootURL() const override { return real_->driveRootURL(); }
-    bool isDriveItemAtURL(const Url& url) const override {
-        return real_->isDriveItemAtURL(url);
-    }
+    bool isDriveItemAtURL(const Url& url) const override { return real_->isDriveItemAtURL(url); }
     std::optional<QString> relativePathForURL(const Url& url) const override {
         return real_->relativePathForURL(url);
     }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "drive/watch/DriveChangeWatcher.h"
-#include "drive/service/ItemDownloader.h"
 #include "drive/coordination/PathLockTable.h"
 #include "drive/coordination/PresenterRegistry.h"
+#include "drive/service/ItemDownloader.h"
+#include "drive/watch/DriveChangeWatcher.h"
 #include "platform/cloud/FileCoordinator.h"
 
 #include <memory>

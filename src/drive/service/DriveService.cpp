@@ -1,9 +1,9 @@
 #include "drive/service/DriveService.h"
 
-#include "drive/service/CloudAccountService.h"
-#include "drive/service/CloudDocumentsService.h"
 #include "drive/coordination/DriveCoordinationBackend.h"
 #include "drive/network/DriveReachabilityMonitor.h"
+#include "drive/service/CloudAccountService.h"
+#include "drive/service/CloudDocumentsService.h"
 #include "drive/service/KeyValueStoreService.h"
 #include "logging/VLLogging.h"
 

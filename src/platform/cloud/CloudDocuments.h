@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/cloud/CloudContainer.h"
-#include "platform/files/Error.h"
 #include "platform/cloud/ItemAttributes.h"
+#include "platform/files/Error.h"
 #include "platform/files/Url.h"
 
 #include <QList>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/files/Error.h"
 #include "platform/cloud/FilePresenter.h"
+#include "platform/files/Error.h"
 #include "platform/files/Url.h"
 
 #include <QFlags>

@@ -46,8 +46,7 @@ inline constexpr ItemAttributeKeys itemModelKeys() {
 
 // Values of the downloading-status key.
 namespace DownloadingStatus {
-inline const QString NotDownloaded =
-    QStringLiteral("VLDriveItemDownloadingStatusNotDownloaded");
+inline const QString NotDownloaded = QStringLiteral("VLDriveItemDownloadingStatusNotDownloaded");
 // A local copy exists, but the cloud has a newer version.
 inline const QString Downloaded = QStringLiteral("VLDriveItemDownloadingStatusDownloaded");
 // The local copy is the latest version.
