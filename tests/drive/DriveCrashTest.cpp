@@ -87,6 +87,17 @@ protected:
         ASSERT_FALSE(
             store.importItem(sources + QStringLiteral("/Album"), QStringLiteral("Album"), false));
         ASSERT_FALSE(store.setTags(store.driveURL(QStringLiteral("Cloud.txt")), Tags));
+        // An app library with a local file, a cloud-only one and a folder.
+        ContainerRecord editor;
+        editor.identifier = QStringLiteral("com.example.Editor");
+        editor.localizedName = editor.folder = QStringLiteral("Editor");
+        ASSERT_FALSE(store.addContainer(editor));
+        ASSERT_FALSE(store.importItem(sources + QStringLiteral("/Local.txt"),
+                                      QStringLiteral("Editor/Draft.txt"), false));
+        ASSERT_FALSE(store.importItem(sources + QStringLiteral("/Cloud.txt"),
+                                      QStringLiteral("Editor/Notes.txt"), true));
+        ASSERT_FALSE(store.importItem(sources + QStringLiteral("/Album"),
+                                      QStringLiteral("Editor/Chapters"), false));
         // An edit the cloud has not had yet: the eviction must send it.
         QFile edited(store.home().drivePathFor(QStringLiteral("Local.txt")));
         ASSERT_TRUE(edited.open(QIODevice::WriteOnly));
@@ -107,9 +118,11 @@ protected:
                     return readBytes(store.cloudPathFor(name));
                 }
                 // Inside a folder that is cloud-only as a whole.
-                const QString folder = name.section(QLatin1Char('/'), 0, 0);
-                if (folder != name && store.isCloudOnly(store.driveURL(folder))) {
-                    return readBytes(store.cloudPathFor(name));
+                for (int depth = 0; depth < name.count(QLatin1Char('/')); ++depth) {
+                    const QString folder = name.section(QLatin1Char('/'), 0, depth);
+                    if (store.isCloudOnly(store.driveURL(folder))) {
+                        return readBytes(store.cloudPathFor(name));
+                    }
                 }
             }
             return "(unreachable)";
@@ -132,12 +145,26 @@ protected:
                     (imported == "(unreachable)" &&
                      !QFile::exists(store.cloudPathFor(QStringLiteral("Album 2")))))
             << where << ": " << imported.toStdString();
+        // The library's items are whole, or (its contents being deleted) gone from the drive
+        // and from the cloud alike.
+        for (const QString& name :
+             {QStringLiteral("Editor/Draft.txt"), QStringLiteral("Editor/Notes.txt"),
+              QStringLiteral("Editor/Chapters/a.txt")}) {
+            const QByteArray content = contentOf({name});
+            if (operation == QLatin1String("delete-library") && content == "(unreachable)") {
+                EXPECT_FALSE(QFile::exists(store.cloudPathFor(name))) << where;
+            } else {
+                EXPECT_EQ(content, Old) << where << ": " << name.toStdString();
+            }
+        }
         EXPECT_EQ(store.recover(), 0) << where << ": the first pass left something";
         // Nothing of the service is left in the drive but placeholders of cloud-only items.
         const QStringList items = {QStringLiteral("Local.txt"), QStringLiteral("Moved.txt"),
                                    QStringLiteral("Cloud.txt"), QStringLiteral("Renamed.txt"),
                                    QStringLiteral("Album"),     QStringLiteral("Album 2"),
-                                   QStringLiteral("a.txt"),     QStringLiteral("Shortcut.vlref")};
+                                   QStringLiteral("a.txt"),     QStringLiteral("Shortcut.vlref"),
+                                   QStringLiteral("Editor"),    QStringLiteral("Draft.txt"),
+                                   QStringLiteral("Notes.txt"), QStringLiteral("Chapters")};
         QDirIterator it(store.home().driveDir(),
                         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                         QDirIterator::Subdirectories);
@@ -178,6 +205,10 @@ TEST_F(DriveCrashTest, EvictionOfAFolder) {
 
 TEST_F(DriveCrashTest, MovesOfLocalAndCloudOnlyItems) {
     crashAtEveryStep(QStringLiteral("move"));
+}
+
+TEST_F(DriveCrashTest, DeletionOfAnAppLibrarysContents) {
+    crashAtEveryStep(QStringLiteral("delete-library"));
 }
 
 TEST_F(DriveCrashTest, Download) {
@@ -221,6 +252,11 @@ TEST(DriveCrashChild, RunsTheOperationItIsGiven) {
         coordinator.coordinateReadingItemAtURL(store->driveURL(QStringLiteral("Cloud.txt")), {},
                                                &error, [](const Url&) {});
         ASSERT_FALSE(error);
+    } else if (operation == QLatin1String("delete-library")) {
+        const std::optional<CloudContainer> library = documents.containerForItemAtURL(
+            store->driveURL(QStringLiteral("Editor/Draft.txt")), nullptr);
+        ASSERT_TRUE(library);
+        ASSERT_FALSE(documents.deleteAllContentsOfContainer(*library));
     } else if (operation == QLatin1String("reference")) {
         ASSERT_FALSE(store->writeDocumentReference(
             store->driveURL(QStringLiteral("Shortcut.vlref")), QStringLiteral("Local.txt")));

@@ -120,6 +120,13 @@ expect_error 2 container add com.example.Other --name Other --levels many
 run status
 check "status succeeds" [ "$rc" = 0 ]
 check "status names the account" grep -q 'someone@example.com' "$WORK/out"
+check "status counts an app library's items here and in the cloud" \
+    grep -q '^    contents: 0 items here, 0 in the cloud$' "$WORK/out"
+run status --items
+check "status --items lists a local item" \
+    grep -qx '  Documents/Quarterly Report.pdf: here and in the cloud' "$WORK/out"
+check "status --items lists a cloud-only item" \
+    grep -qx '  Videos/Documentary (Full Length).avi: cloud-only' "$WORK/out"
 
 # --- usage errors ---
 expect_error 2 frobnicate

@@ -6,8 +6,12 @@
 #include "drive/network/LinkStateReader.h"
 #include "drive/network/NetworkStateSource.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QSet>
+
+#include <algorithm>
 
 namespace vl {
 
@@ -21,9 +25,57 @@ QString describeFlags(ReachabilityMonitor::Flags flags) {
                                                  : QStringLiteral("Wi-Fi or wired");
 }
 
+// The names of the items in a folder, a cloud-only item by its own name rather than its
+// placeholder's.
+QSet<QString> itemNames(const QString& folder) {
+    QSet<QString> names;
+    for (const QString& name : QDir(folder).entryList(QDir::AllEntries | QDir::Hidden |
+                                                      QDir::System | QDir::NoDotAndDotDot)) {
+        names.insert(DriveHome::logicalNameOfPlaceholder(name).value_or(name));
+    }
+    return names;
+}
+
+// One line per item of the drive and of the cloud copy, by drive-relative path: where its
+// content is. A folder's items follow it.
+void listItems(ToolContext& context, const QString& relative) {
+    const DriveHome& home = context.home();
+    const QString drive = relative.isEmpty() ? home.driveDir() : home.drivePathFor(relative);
+    const QString cloud = relative.isEmpty() ? home.cloudDir() : home.cloudPathFor(relative);
+    QStringList names = (itemNames(drive) + itemNames(cloud)).values();
+    std::sort(names.begin(), names.end());
+    for (const QString& name : names) {
+        const QString path = relative.isEmpty() ? name : relative + QLatin1Char('/') + name;
+        const QFileInfo local(drive + QLatin1Char('/') + name);
+        const bool placeholder =
+            QFileInfo::exists(DriveHome::placeholderPathFor(drive + QLatin1Char('/') + name));
+        const bool inCloud = QFileInfo::exists(cloud + QLatin1Char('/') + name) ||
+                             QFileInfo(cloud + QLatin1Char('/') + name).isSymLink();
+        const bool here = local.exists() || local.isSymLink();
+        QString where;
+        if (here) {
+            where = inCloud ? QStringLiteral("here and in the cloud")
+                            : QStringLiteral("here only, not in the cloud");
+        } else if (placeholder) {
+            where = inCloud ? QStringLiteral("cloud-only")
+                            : QStringLiteral("a placeholder with no cloud copy");
+        } else {
+            where = QStringLiteral("in the cloud only, no placeholder");
+        }
+        const bool folder = here ? local.isDir() && !local.isSymLink()
+                                 : QFileInfo(cloud + QLatin1Char('/') + name).isDir();
+        context.print(QStringLiteral("  %1%2: %3")
+                          .arg(path, folder ? QStringLiteral("/") : QString(), where));
+        if (folder && (here || !placeholder)) {
+            listItems(context, path);
+        }
+    }
+}
+
 }  // namespace
 
 int StatusCommand::run(ToolContext& context, Arguments& arguments) {
+    const bool items = arguments.takeFlag(QStringLiteral("items"));
     int status = 0;
     if (!context.expectNothingMore(arguments, 0, &status)) {
         return status;
@@ -74,6 +126,12 @@ int StatusCommand::run(ToolContext& context, Arguments& arguments) {
                      record.isDefault ? QStringLiteral(" (default)") : QString(), record.folder,
                      record.folderLevels.value_or(QStringLiteral("-")),
                      types.isEmpty() ? QStringLiteral("-") : types.join(QLatin1Char(','))));
+        if (!record.isDefault) {
+            // What deleting an app library leaves: its folders, empty here and in the cloud.
+            context.print(QStringLiteral("    contents: %1 items here, %2 in the cloud")
+                              .arg(itemNames(context.home().drivePathFor(record.folder)).size())
+                              .arg(itemNames(context.home().cloudPathFor(record.folder)).size()));
+        }
     }
 
     qint64 local = 0;
@@ -123,6 +181,10 @@ int StatusCommand::run(ToolContext& context, Arguments& arguments) {
         context.print(QStringLiteral("Tags: ") + names.join(QStringLiteral(", ")));
     } else {
         context.print(QStringLiteral("Tags: a dictionary of another version"));
+    }
+    if (items) {
+        context.print(QStringLiteral("Items:"));
+        listItems(context, QString());
     }
     return 0;
 }

@@ -3,6 +3,8 @@
 #include "logging/VLLogging.h"
 #include "platform/cloud/FileCoordinator.h"
 
+#include <QDir>
+
 namespace vl {
 
 CloudDocumentsService::CloudDocumentsService(std::shared_ptr<DriveStore> store)
@@ -80,7 +82,51 @@ bool CloudDocumentsService::isAppLibraryDocumentsURL(const Url& url) const {
 
 std::optional<Error> CloudDocumentsService::deleteAllContentsOfContainer(
     const CloudContainer& container) {
-    return store_->deleteContainerContents(container.identifier());
+    const std::optional<Url> folder = container.documentsURL();
+    if (!FileCoordinator::Backend::isInstalled() || !folder ||
+        container.identifier() == defaultContainerIdentifier()) {
+        return store_->deleteContainerContents(container.identifier());
+    }
+    // One coordinated write of the library's folder waits for the reads and writes under way in
+    // it; inside it each item goes in a deleting write of its own, so that whoever presents the
+    // item (a preview, a download) hears that it is gone.
+    std::optional<Error> firstFailure;
+    FileCoordinator coordinator;
+    std::optional<Error> coordinationError;
+    coordinator.coordinateWritingItemAtURL(
+        *folder, FileCoordinator::WritingOptions(), &coordinationError, [&](const Url& actual) {
+            for (const Url& item : itemsInFolder(actual)) {
+                std::optional<Error> itemError;
+                FileCoordinator itemCoordinator;
+                itemCoordinator.coordinateWritingItemAtURL(
+                    item, FileCoordinator::WritingOption::ForDeleting, &itemError,
+                    [&](const Url& itemURL) { itemError = store_->removeItem(itemURL); });
+                if (itemError) {
+                    VLLOG(6, "Deleting %@ on its own failed: %@", item, *itemError);
+                }
+            }
+            // What is left (cloud copies with no item here, names a QString can't spell, items
+            // that failed above) goes by the store's own sweep, which answers for all of it.
+            firstFailure = store_->deleteContainerContents(container.identifier());
+        });
+    if (coordinationError) {
+        firstFailure = coordinationError;
+    }
+    if (firstFailure) {
+        VLLOG(4, "Failed to delete the contents of %@: %@", container.identifier(), *firstFailure);
+    }
+    return firstFailure;
+}
+
+QList<Url> CloudDocumentsService::itemsInFolder(const Url& folder) const {
+    QList<Url> items;
+    const QDir dir(folder.path());
+    for (const QString& name :
+         dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)) {
+        const Url url = folder.appendingPathComponent(name);
+        items.append(DriveStore::isPlaceholderURL(url) ? DriveStore::logicalURLFor(url) : url);
+    }
+    return items;
 }
 
 bool CloudDocumentsService::hasItemPromiseAtURL(const Url& url) const {

@@ -48,6 +48,8 @@ public:
 
 private:
     bool isSignedIn() const;
+    // The items of a folder by their logical URLs (a cloud-only item's, not its placeholder's).
+    QList<Url> itemsInFolder(const Url& folder) const;
 
     const std::shared_ptr<DriveStore> store_;
 };

@@ -1,5 +1,7 @@
 #include "drive/store/DriveStorePrivate.h"
 
+#include "drive/integrity/CrashPoint.h"
+#include "drive/integrity/HomeLock.h"
 #include "drive/store/RecordFile.h"
 #include "drive/store/ThumbnailCache.h"
 #include "logging/VLLogging.h"
@@ -12,6 +14,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -25,6 +28,25 @@
 namespace vl {
 
 using namespace storesupport;
+
+namespace {
+
+// The names in a folder, as the file system spells them; none when it can't be read.
+std::vector<QByteArray> childNames(const QByteArray& folder) {
+    std::vector<QByteArray> names;
+    if (DIR* dir = ::opendir(folder.constData())) {
+        while (const dirent* entry = ::readdir(dir)) {
+            const QByteArray name(entry->d_name);
+            if (name != "." && name != "..") {
+                names.push_back(name);
+            }
+        }
+        ::closedir(dir);
+    }
+    return names;
+}
+
+}  // namespace
 
 DriveStore::DriveStore(DriveHome home)
     : home_(std::move(home)),
@@ -257,32 +279,37 @@ std::optional<Error> DriveStore::deleteContainerContents(const QString& identifi
     Error error;
     const std::optional<ContainerRecord> record = containerRecord(identifier, &error);
     if (!record) {
-        return error;
+        return error.code() ? error : Error::fileError(Error::FileReadNoSuchFile, identifier);
     }
     if (record->isDefault) {
         return Error(Error::FileErrorDomain, Error::FeatureUnsupported,
                      {{Error::LocalizedFailureReasonKey,
                        QStringLiteral("The default container can't be deleted.")}});
     }
+    HomeLock lock(home_.rootPath());
     std::optional<Error> firstFailure;
+    // The drive's items go first, each whole into the staging area: a crash before the cloud's
+    // go leaves cloud copies that the recovery pass gives placeholders, so an item not yet
+    // deleted everywhere is still reachable, never half there.
     for (const QString& root :
          {home_.drivePathFor(record->folder), home_.cloudPathFor(record->folder)}) {
-        const QStringList children = QDir(root).entryList(QDir::AllEntries | QDir::Hidden |
-                                                          QDir::System | QDir::NoDotAndDotDot);
-        for (const QString& child : children) {
-            if (std::optional<Error> failure = removeRecursively(root + QLatin1Char('/') + child)) {
-                VLLOG(3, "Failed to remove %@: %@", root + QLatin1Char('/') + child, *failure);
+        const QByteArray folder = nativePath(root);
+        for (const QByteArray& name : childNames(folder)) {
+            if (std::optional<Error> failure = discard(folder + '/' + name)) {
+                VLLOG(3, "Failed to remove %@: %@", QString::fromUtf8(folder + '/' + name),
+                      *failure);
                 if (!firstFailure) {
                     firstFailure = failure;
                 }
             }
+            CrashPoint::reach();
         }
     }
-    std::lock_guard lock(metadataMutex_);
+    std::lock_guard metadataLock(metadataMutex_);
     refreshMetadataLocked();
     bool changed = false;
     for (const QString& key : metadata_->entries.keys()) {
-        if (key == record->folder || key.startsWith(record->folder + QLatin1Char('/'))) {
+        if (key.startsWith(record->folder + QLatin1Char('/'))) {
             metadata_->entries.remove(key);
             changed = true;
         }
