@@ -346,5 +346,45 @@
         <extracomment>A folder list's per-item menu entry that opens the details screen.</extracomment>
         <translation>Details</translation>
     </message>
+    <!-- Undo bar after a move or a rename -->
+    <message id="Undo">
+        <source>Undo</source>
+        <extracomment>Button of the bar shown after a move or a rename; moves the items back.</extracomment>
+        <translation>Undo</translation>
+    </message>
+    <message id=".DICT.MOVED_ITEMS_TO.%d" numerus="yes">
+        <source>Moved %d items to %@</source>
+        <extracomment>Said after a move. %d is the number of items, %@ the folder's name.</extracomment>
+        <translation>
+            <numerusform>Moved %d item to %@</numerusform>
+            <numerusform>Moved %d items to %@</numerusform>
+        </translation>
+    </message>
+    <message id="Renamed “%1$@” to “%2$@”">
+        <source>Renamed “%1$@” to “%2$@”</source>
+        <extracomment>Said after a rename: the old name and the new one.</extracomment>
+        <translation>Renamed “%1$@” to “%2$@”</translation>
+    </message>
+    <message id=".DICT.MOVED_BACK_ITEMS.%d" numerus="yes">
+        <source>Moved %d items back</source>
+        <extracomment>Said after Undo of a move. %d is the number of items.</extracomment>
+        <translation>
+            <numerusform>Moved %d item back</numerusform>
+            <numerusform>Moved %d items back</numerusform>
+        </translation>
+    </message>
+    <message id="Renamed back to “%@”">
+        <source>Renamed back to “%@”</source>
+        <extracomment>Said after Undo of a rename. %@ is the name the item has again.</extracomment>
+        <translation>Renamed back to “%@”</translation>
+    </message>
+    <message id=".DICT.UNDO_LEFT_ITEMS.%d" numerus="yes">
+        <source>%d items changed since and were left where they are</source>
+        <extracomment>Said after Undo when items were changed (on this or another device) after they were moved. %d is their number.</extracomment>
+        <translation>
+            <numerusform>%d item changed since and was left where it is</numerusform>
+            <numerusform>%d items changed since and were left where they are</numerusform>
+        </translation>
+    </message>
 </context>
 </TS>
