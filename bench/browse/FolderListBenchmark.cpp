@@ -57,7 +57,7 @@ public:
     bool complete = false;
     void documentListControllerItemsChanged(
         const std::shared_ptr<DocumentListController>& list) override {
-        complete = complete || list->containedItems().size() == wanted;
+        complete = complete || list->itemCount() == wanted;
     }
     void documentListControllerDidSelectContainerWithViewController(
         const std::shared_ptr<DocumentListController>&,

@@ -183,7 +183,7 @@ void NavController::updateStatusUI(const std::shared_ptr<DocumentListController>
     }
     if (const auto bar = DocumentListControllerStatusBar::statusBar(list);
         bar && bar->statusLabel()) {
-        bar->statusLabel()->setText(toolbarStatusText(unsigned(list->containedItems().size())));
+        bar->statusLabel()->setText(toolbarStatusText(unsigned(list->itemCount())));
         bar->statusLabel()->updateGeometry();
     }
     if (!editMode_) {
@@ -228,7 +228,7 @@ void NavController::documentListControllerItemsChanged(
     if (editMode_) {
         VLLOG(7, "DLC selected item count is %@", list->selectedItems().size());
     } else {
-        const auto count = unsigned(list->containedItems().size());
+        const auto count = unsigned(list->itemCount());
         if (count != lastLoggedItemCount) {
             lastLoggedItemCount = count;
             VLLOG(7, "DLC items changed, count is %@", count);

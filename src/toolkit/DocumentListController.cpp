@@ -140,9 +140,13 @@ QList<Url> DocumentListController::containedItems() const {
     QList<Url> urls;
     urls.reserve(model_->entries().size());
     for (const DocumentListEntry& entry : model_->entries()) {
-        urls.append(entry.url);
+        urls.append(entry.url());
     }
     return urls;
+}
+
+qsizetype DocumentListController::itemCount() const {
+    return model_->entries().size();
 }
 
 QList<Url> DocumentListController::selectedItems() const {
@@ -162,7 +166,7 @@ void DocumentListController::setSelectedItems(const QList<Url>& urls) {
               [](const auto& a, const auto& b) { return a.first < b.first; });
     QList<Url> selection;
     for (const auto& row : rows) {
-        selection.append(model_->entryAt(row.first).url);
+        selection.append(model_->entryAt(row.first).url());
     }
     if (selection == selected_) {
         return;
@@ -210,41 +214,115 @@ void DocumentListController::setGridMode(bool grid) {
 }
 
 void DocumentListController::reloadData() {
-    const quint64 generation = ++readGeneration_;
+    const quint64 generation = ++*readGeneration_;
     readPending_ = true;
     std::weak_ptr<DocumentListController> weak = sharedAs<DocumentListController>();
     const Url folder = presentedURL_;
     const DocumentListReader::SortOrder order = sortOrder_;
-    readQueue()->async([weak, folder, generation, order] {
-        QList<DocumentListEntry> entries = DocumentListReader::readFolder(folder, order);
-        Dispatch::mainQueue()->async([weak, generation, entries = std::move(entries)]() mutable {
-            std::shared_ptr<DocumentListController> list = weak.lock();
-            // A newer read supersedes this one.
-            if (list && list->readGeneration_ == generation) {
-                list->apply(std::move(entries));
+    const std::shared_ptr<std::atomic<quint64>> latest = readGeneration_;
+    if (loaded_ || model_->rowCount() > 0) {
+        // Rows are shown: the new ones replace them at once, so that none disappear for a while.
+        readQueue()->async([weak, folder, generation, order, latest] {
+            if (*latest != generation) {
+                return;
             }
+            QList<DocumentListEntry> entries = DocumentListReader::readFolder(folder, order);
+            Dispatch::mainQueue()->async(
+                [weak, generation, entries = std::move(entries)]() mutable {
+                    std::shared_ptr<DocumentListController> list = weak.lock();
+                    // A newer read supersedes this one.
+                    if (list && *list->readGeneration_ == generation) {
+                        list->apply(std::move(entries), true, false);
+                    }
+                });
         });
+        return;
+    }
+    // The first read shows the first rows as soon as they are read and adds the rest in batches.
+    readQueue()->async([weak, folder, generation, order, latest] {
+        DocumentListReader::readFolderInBatches(
+            folder, order, FirstBatchSize, BatchInterval,
+            [weak, generation, latest](QList<DocumentListEntry> batch, bool last) {
+                if (*latest != generation || weak.expired()) {
+                    return false;
+                }
+                Dispatch::mainQueue()->async(
+                    [weak, generation, last, batch = std::move(batch)]() mutable {
+                        std::shared_ptr<DocumentListController> list = weak.lock();
+                        if (list && *list->readGeneration_ == generation) {
+                            list->apply(std::move(batch), last, true);
+                        }
+                    });
+                return true;
+            });
     });
 }
 
-void DocumentListController::apply(QList<DocumentListEntry> entries) {
-    readPending_ = false;
+void DocumentListController::apply(QList<DocumentListEntry> entries, bool last, bool merge) {
+    readPending_ = !last;
     const QList<Url> previousSelection = selected_;
-    // A change on disk reloads the whole folder: the rows still there keep their place on screen.
-    const int scroll = listView_ ? listView_->verticalScrollBar()->value() : 0;
-    model_->setEntries(std::move(entries));
-    if (listView_) {
-        listView_->verticalScrollBar()->setValue(scroll);
+    const ViewPlace place = viewPlace();
+    if (merge) {
+        model_->mergeEntries(std::move(entries), sortOrder_);
+    } else {
+        model_->setEntries(std::move(entries));
     }
-    selected_.clear();
-    for (const DocumentListEntry& entry : model_->entries()) {
-        if (previousSelection.contains(entry.url)) {
-            selected_.append(entry.url);
+    restoreViewPlace(place);
+    if (!previousSelection.isEmpty()) {
+        selected_.clear();
+        for (const Url& url : previousSelection) {
+            if (model_->rowForURL(url) >= 0) {
+                selected_.append(url);
+            }
         }
+        std::sort(selected_.begin(), selected_.end(), [this](const Url& a, const Url& b) {
+            return model_->rowForURL(a) < model_->rowForURL(b);
+        });
     }
     syncSelectionToView();
-    loaded_ = true;
+    if (last) {
+        loaded_ = true;
+    }
     reportItemsChanged();
+}
+
+DocumentListController::ViewPlace DocumentListController::viewPlace() const {
+    ViewPlace place;
+    if (!listView_) {
+        return place;
+    }
+    place.scroll = listView_->verticalScrollBar()->value();
+    if (const QModelIndex current = listView_->currentIndex(); current.isValid()) {
+        place.current = model_->entryAt(current.row()).url();
+    }
+    // At the very top the list stays at the top, showing the first rows as they come; once it
+    // was scrolled, the row at the top stays where it is.
+    if (place.scroll > 0) {
+        if (const QModelIndex top = listView_->indexAt(QPoint(4, 4)); top.isValid()) {
+            place.top = model_->entryAt(top.row()).url();
+            place.topOffset = listView_->visualRect(top).top();
+        }
+    }
+    return place;
+}
+
+void DocumentListController::restoreViewPlace(const ViewPlace& place) {
+    if (!listView_) {
+        return;
+    }
+    // Lays the rows out now rather than at the next paint, so that the scroll range is theirs.
+    listView_->doItemsLayout();
+    QScrollBar* bar = listView_->verticalScrollBar();
+    if (const int row = place.top.isEmpty() ? -1 : model_->rowForURL(place.top); row >= 0) {
+        bar->setValue(bar->value() + listView_->visualRect(model_->index(row)).top() -
+                      place.topOffset);
+    } else {
+        bar->setValue(place.scroll);
+    }
+    if (const int row = place.current.isEmpty() ? -1 : model_->rowForURL(place.current); row >= 0) {
+        listView_->selectionModel()->setCurrentIndex(model_->index(row),
+                                                     QItemSelectionModel::NoUpdate);
+    }
 }
 
 void DocumentListController::reportItemsChanged() {
@@ -276,7 +354,7 @@ void DocumentListController::takeSelectionFromView() {
               [](const QModelIndex& a, const QModelIndex& b) { return a.row() < b.row(); });
     QList<Url> selection;
     for (const QModelIndex& index : indexes) {
-        selection.append(model_->entryAt(index.row()).url);
+        selection.append(model_->entryAt(index.row()).url());
     }
     if (selection != selected_) {
         selected_ = selection;
@@ -307,8 +385,9 @@ void DocumentListController::tapEntry(const DocumentListEntry& entry) {
     std::shared_ptr<DocumentListController> self = sharedAs<DocumentListController>();
     if (editing_) {
         QList<Url> selection = selected_;
-        if (!selection.removeOne(entry.url)) {
-            selection.append(entry.url);
+        const Url url = entry.url();
+        if (!selection.removeOne(url)) {
+            selection.append(url);
         }
         setSelectedItems(selection);
         return;
@@ -318,14 +397,14 @@ void DocumentListController::tapEntry(const DocumentListEntry& entry) {
         return;
     }
     if (entry.isFolder) {
-        std::shared_ptr<DocumentListController> list = createForURL(entry.url);
+        std::shared_ptr<DocumentListController> list = createForURL(entry.url());
         if (!list) {
-            VLLOG(3, "No folder list for %@", entry.url);
+            VLLOG(3, "No folder list for %@", entry.url());
             return;
         }
         d->documentListControllerDidSelectContainerWithViewController(self, list);
     } else {
-        d->documentListControllerDidSelectItemAtURL(self, entry.url);
+        d->documentListControllerDidSelectItemAtURL(self, entry.url());
     }
 }
 
@@ -365,7 +444,7 @@ void DocumentListController::showActionMenu(const QModelIndex& index, const QPoi
     if (!index.isValid()) {
         return;
     }
-    const Url url = model_->entryAt(index.row()).url;
+    const Url url = model_->entryAt(index.row()).url();
     std::shared_ptr<DocumentListController> self = sharedAs<DocumentListController>();
     const std::shared_ptr<DocumentListControllerDelegate> d = delegate();
     auto* menu = new QMenu(listView_);
@@ -417,7 +496,7 @@ void DocumentListController::loadView() {
         presentedURL_, title(), [this] { return model_->entries(); },
         [this](const DocumentListEntry& entry) {
             // While selecting, only the folder's own rows can be picked.
-            if (!editing_ || model_->rowForURL(entry.url) >= 0) {
+            if (!editing_ || model_->rowForURL(entry.url()) >= 0) {
                 tapEntry(entry);
             }
         });
@@ -432,7 +511,7 @@ void DocumentListController::loadView() {
 
     connect(listView_, &QListView::clicked, this, [this](const QModelIndex& index) {
         if (!editing_ && index.isValid()) {
-            tapItemAtURL(model_->entryAt(index.row()).url);
+            tapItemAtURL(model_->entryAt(index.row()).url());
         }
     });
     connect(listView_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -535,7 +614,7 @@ bool DocumentListController::handleKey(QKeyEvent* key) {
         case Qt::Key_Enter:
         case Qt::Key_Space:
             if (const QModelIndex current = listView_->currentIndex(); current.isValid()) {
-                tapItemAtURL(model_->entryAt(current.row()).url);
+                tapItemAtURL(model_->entryAt(current.row()).url());
             }
             return true;
         case Qt::Key_Escape:

@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QToolButton>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -54,8 +55,10 @@ public:
 
     Url presentedURL() const { return presentedURL_; }
 
-    // The items shown, in display order; empty until the first read finished.
+    // The items shown, in display order; while a large folder is first read, those read so far.
     QList<Url> containedItems() const;
+    // How many items are shown: containedItems().size() without making their URLs.
+    qsizetype itemCount() const;
     QList<Url> selectedItems() const;
     // Selects exactly these (URLs not shown are ignored) and reports the change.
     void setSelectedItems(const QList<Url>& urls);
@@ -80,7 +83,11 @@ public:
         delegate_ = delegate;
     }
 
-    // Whether the first read of the folder has been applied.
+    // How many rows the first read shows at once, and how often (ms) it adds the rows read since.
+    static constexpr int FirstBatchSize = 100;
+    static constexpr int BatchInterval = 150;
+
+    // Whether the first read of the folder has been applied whole.
     bool hasLoaded() const { return loaded_; }
     // Reads the folder again (on the background queue).
     void reloadData();
@@ -105,7 +112,18 @@ protected:
     void loadView() override;
 
 private:
-    void apply(QList<DocumentListEntry> entries);
+    // Where the list is scrolled to, by the row at its top, and the current row.
+    struct ViewPlace {
+        int scroll = 0;
+        Url top;
+        int topOffset = 0;
+        Url current;
+    };
+    // Shows `entries` in place of the rows, or, with `merge`, adds them (a batch of the first
+    // read); `last` says the read is complete.
+    void apply(QList<DocumentListEntry> entries, bool last, bool merge);
+    ViewPlace viewPlace() const;
+    void restoreViewPlace(const ViewPlace& place);
     QToolButton* makeSortButton();
     // A tap on a row of the folder or of the search results.
     void tapEntry(const DocumentListEntry& entry);
@@ -130,7 +148,9 @@ private:
     bool loaded_ = false;
     bool readPending_ = false;
     unsigned availableActions_ = 0;
-    quint64 readGeneration_ = 0;
+    // The latest read; the reader queue looks at it to drop a read that was superseded.
+    const std::shared_ptr<std::atomic<quint64>> readGeneration_ =
+        std::make_shared<std::atomic<quint64>>(0);
     QPointer<QListView> listView_;
     QPointer<QFileSystemWatcher> watcher_;
     QPointer<QWidget> anchor_;

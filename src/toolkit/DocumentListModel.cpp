@@ -1,6 +1,6 @@
 #include "toolkit/DocumentListModel.h"
 
-#include "toolkit/ToolkitIcons.h"
+#include <algorithm>
 
 namespace vl {
 
@@ -24,26 +24,23 @@ QVariant DocumentListModel::data(const QModelIndex& index, int role) const {
     const DocumentListEntry& entry = entries_.at(index.row());
     switch (role) {
         case Qt::DisplayRole:
-            return entry.location.isEmpty()
-                       ? entry.displayName
-                       : entry.displayName + QLatin1Char('\n') + entry.location;
+            return entry.location().isEmpty()
+                       ? entry.displayName()
+                       : entry.displayName() + QLatin1Char('\n') + entry.location();
         case Qt::ToolTipRole:
-            return entry.location.isEmpty() ? QVariant() : QVariant(entry.location);
+            return entry.location().isEmpty() ? QVariant() : QVariant(entry.location());
         case Qt::AccessibleTextRole:
-            return entry.displayName;
+            return entry.displayName();
         case Qt::DecorationRole:
-            if (DocumentThumbnailLoader::wantsThumbnail(entry.kind)) {
-                if (QIcon thumbnail = thumbnails_->thumbnail(entry.url, ThumbnailSize);
+            if (entry.kind->wantsThumbnail()) {
+                if (QIcon thumbnail = thumbnails_->thumbnail(entry.url(), ThumbnailSize);
                     !thumbnail.isNull()) {
                     return thumbnail;
                 }
             }
-            // Icons are made here, on the main thread, and cached by name.
-            return entry.isCloudOnly
-                       ? ToolkitIcons::cloudOnlyIcon(entry.iconName, entry.genericIconName)
-                       : ToolkitIcons::icon(entry.iconName, entry.genericIconName);
+            return entry.isCloudOnly ? entry.kind->cloudOnlyIcon() : entry.kind->icon();
         case UrlRole:
-            return entry.url.toQUrl();
+            return entry.url().toQUrl();
         default:
             return {};
     }
@@ -52,16 +49,50 @@ QVariant DocumentListModel::data(const QModelIndex& index, int role) const {
 void DocumentListModel::setEntries(QList<DocumentListEntry> entries) {
     beginResetModel();
     entries_ = std::move(entries);
-    rows_.clear();
-    rows_.reserve(entries_.size());
-    for (qsizetype row = 0; row < entries_.size(); ++row) {
-        rows_.insert(entries_.at(row).url, int(row));
-    }
+    rowsByName_.clear();
+    rowsValid_ = false;
+    endResetModel();
+}
+
+void DocumentListModel::mergeEntries(QList<DocumentListEntry> sorted,
+                                     DocumentListReader::SortOrder order) {
+    beginResetModel();
+    entries_ = DocumentListReader::mergeEntries(std::move(entries_), std::move(sorted), order);
+    rowsByName_.clear();
+    rowsValid_ = false;
     endResetModel();
 }
 
 int DocumentListModel::rowForURL(const Url& url) const {
-    return rows_.value(url, -1);
+    if (entries_.isEmpty()) {
+        return -1;
+    }
+    if (!rowsValid_) {
+        rowsValid_ = true;
+        const DocumentListEntry::Folder* folder = entries_.front().folder.get();
+        oneFolder_ = std::all_of(entries_.cbegin(), entries_.cend(), [folder](const auto& entry) {
+            return entry.folder.get() == folder;
+        });
+        rowsByName_.clear();
+        if (oneFolder_) {
+            rowsByName_.reserve(entries_.size());
+            for (qsizetype row = 0; row < entries_.size(); ++row) {
+                rowsByName_.insert(entries_.at(row).name, int(row));
+            }
+        }
+    }
+    if (!oneFolder_) {
+        const auto found = std::find_if(entries_.cbegin(), entries_.cend(),
+                                        [&url](const auto& entry) { return entry.url() == url; });
+        return found == entries_.cend() ? -1 : int(found - entries_.cbegin());
+    }
+    const Url& folder = entries_.front().folder->url;
+    const QString& path = url.path();
+    if (path.size() <= folder.path().size() + 1 || !path.startsWith(folder.path()) ||
+        path.at(folder.path().size()) != QLatin1Char('/')) {
+        return -1;
+    }
+    return rowsByName_.value(path.mid(folder.path().size() + 1), -1);
 }
 
 }  // namespace vl

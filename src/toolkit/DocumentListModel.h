@@ -1,6 +1,7 @@
 #pragma once
 
 #include "toolkit/DocumentListEntry.h"
+#include "toolkit/DocumentListReader.h"
 #include "toolkit/DocumentThumbnailLoader.h"
 
 #include <QAbstractListModel>
@@ -28,13 +29,19 @@ public:
 
     const QList<DocumentListEntry>& entries() const { return entries_; }
     void setEntries(QList<DocumentListEntry> entries);
+    // Adds rows sorted in `order` to the rows, which are sorted the same way.
+    void mergeEntries(QList<DocumentListEntry> sorted, DocumentListReader::SortOrder order);
     // The row of `url`, or -1.
     int rowForURL(const Url& url) const;
     const DocumentListEntry& entryAt(int row) const { return entries_.at(row); }
 
 private:
     QList<DocumentListEntry> entries_;
-    QHash<Url, int> rows_;
+    // The rows by name when they all belong to one folder (a folder's list), made again when
+    // first asked after a change. Search results come from many folders and are few.
+    mutable QHash<QString, int> rowsByName_;
+    mutable bool rowsValid_ = false;
+    mutable bool oneFolder_ = true;
     // Asked from data(), which is const: reading a thumbnail changes nothing the view sees until
     // it is ready and dataChanged says so.
     const std::unique_ptr<DocumentThumbnailLoader> thumbnails_;

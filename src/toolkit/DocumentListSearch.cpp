@@ -19,14 +19,17 @@ const QString kSeparator = QStringLiteral(" \u25B8 ");
 void walk(const Url& folder, const QString& location, const QString& text, int limit,
           QList<DocumentListEntry>* found) {
     const QList<DocumentListEntry> rows = DocumentListReader::readFolder(folder);
+    // The matches of this folder share one record of where they are.
+    const auto where = std::make_shared<const DocumentListEntry::Folder>(
+        DocumentListEntry::Folder{Url::fromPath(folder.path(), true), location});
     QList<const DocumentListEntry*> subfolders;
     for (const DocumentListEntry& row : rows) {
         if (found->size() >= limit) {
             return;
         }
-        if (row.displayName.contains(text, Qt::CaseInsensitive)) {
+        if (row.displayName().contains(text, Qt::CaseInsensitive)) {
             DocumentListEntry match = row;
-            match.location = location;
+            match.folder = where;
             found->append(std::move(match));
         }
         if (row.isFolder) {
@@ -34,7 +37,7 @@ void walk(const Url& folder, const QString& location, const QString& text, int l
         }
     }
     for (const DocumentListEntry* sub : subfolders) {
-        walk(sub->url, location + kSeparator + sub->displayName, text, limit, found);
+        walk(sub->url(), location + kSeparator + sub->displayName(), text, limit, found);
     }
 }
 
@@ -57,7 +60,7 @@ QList<DocumentListEntry> DocumentListSearch::matchesBelow(const Url& folder,
     QList<DocumentListEntry> found;
     for (const DocumentListEntry& row : DocumentListReader::readFolder(folder)) {
         if (row.isFolder) {
-            walk(row.url, folderTitle + kSeparator + row.displayName, text, limit, &found);
+            walk(row.url(), folderTitle + kSeparator + row.displayName(), text, limit, &found);
         }
         if (found.size() >= limit) {
             break;
@@ -121,7 +124,7 @@ bool DocumentListSearch::isShowingResults() const {
 QList<Url> DocumentListSearch::resultURLs() const {
     QList<Url> urls;
     for (const DocumentListEntry& entry : results_->entries()) {
-        urls.append(entry.url);
+        urls.append(entry.url());
     }
     return urls;
 }
@@ -149,7 +152,7 @@ void DocumentListSearch::setSearchText(const QString& given) {
     // The folder's own rows at once, while the walk of its subfolders runs.
     QList<DocumentListEntry> own;
     for (const DocumentListEntry& row : folderRows_()) {
-        if (row.displayName.contains(text, Qt::CaseInsensitive)) {
+        if (row.displayName().contains(text, Qt::CaseInsensitive)) {
             own.append(row);
         }
     }

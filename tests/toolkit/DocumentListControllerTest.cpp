@@ -31,12 +31,16 @@ namespace {
 class ListRecorder : public DocumentListControllerDelegate {
 public:
     int changes = 0;
+    std::function<void(const std::shared_ptr<DocumentListController>&)> onChange;
     std::shared_ptr<DocumentListController> newList;
     Url selectedURL;
     QList<std::pair<int, Url>> actions;
     void documentListControllerItemsChanged(
-        const std::shared_ptr<DocumentListController>&) override {
+        const std::shared_ptr<DocumentListController>& list) override {
         ++changes;
+        if (onChange) {
+            onChange(list);
+        }
     }
     void documentListControllerDidSelectContainerWithViewController(
         const std::shared_ptr<DocumentListController>&,
@@ -291,20 +295,28 @@ TEST_F(DocumentListControllerTest, ALiveUpdateKeepsTheScrollPositionAndTheSelect
     dispatch->runUntilIdle();
     list->view()->resize(320, 300);
     list->view()->show();
-    QScrollBar* bar = list->listView()->verticalScrollBar();
+    QListView* view = list->listView();
+    QScrollBar* bar = view->verticalScrollBar();
     ASSERT_GT(bar->maximum(), 200);
     bar->setValue(200);
+    const QModelIndex topRow = view->indexAt(QPoint(4, 4));
+    const Url top = list->containedItems().at(topRow.row());
+    const int topY = view->visualRect(topRow).top();
     list->setEditing(true, false);
     const Url kept = list->containedItems().at(40);
     const Url removed = list->containedItems().at(41);
     list->setSelectedItems({kept, removed});
 
+    // A row comes in above the one at the top, another goes below it.
     QFile::remove(removed.path());
     write(root.path() + QStringLiteral("/Work/Another.txt"));
     list->reloadData();
     dispatch->runUntilIdle();
     EXPECT_EQ(list->containedItems().size(), 81);
-    EXPECT_EQ(bar->value(), 200);
+    const int topNow = int(list->containedItems().indexOf(top));
+    EXPECT_EQ(topNow, topRow.row() + 1);
+    EXPECT_EQ(view->visualRect(view->model()->index(topNow, 0)).top(), topY)
+        << "the row at the top stays where it was";
     EXPECT_EQ(list->selectedItems(), QList<Url>{kept});
 }
 
@@ -397,4 +409,46 @@ TEST_F(DocumentListControllerTest, ImagesShowTheirThumbnailOnceItIsMadeOffTheMai
     dispatch->runUntilIdle();
     EXPECT_EQ(changed, 1);
     EXPECT_EQ(centre(), QColor(Qt::red));
+}
+
+TEST_F(DocumentListControllerTest, ABigFolderShowsItsFirstRowsAtOnceAndTheRestInOrder) {
+    constexpr int Notes = 3 * DocumentListController::FirstBatchSize;
+    for (int i = 0; i < Notes; ++i) {
+        write(root.path() + QStringLiteral("/Work/Note %1.txt").arg(i));
+    }
+    auto list = DocumentListController::createForURL(root.appendingPathComponent("Work", true));
+    list->setDelegate(recorder);
+    list->view()->resize(320, 300);
+    list->view()->show();
+    list->setEditing(true, false);
+    QListView* view = list->listView();
+    // While the first rows are shown, the user scrolls and picks the row at the top.
+    QList<qsizetype> counts;
+    Url picked;
+    int pickedY = 0;
+    recorder->onChange = [&](const auto& changed) {
+        counts.append(changed->itemCount());
+        if (counts.size() == 1) {
+            view->verticalScrollBar()->setValue(150);
+            const QModelIndex top = view->indexAt(QPoint(4, 4));
+            picked = changed->containedItems().at(top.row());
+            pickedY = view->visualRect(top).top();
+            changed->setSelectedItems({picked});
+        }
+    };
+    dispatch->runUntilIdle();
+
+    ASSERT_GE(counts.size(), 3) << "the first rows, the pick, the rest";
+    EXPECT_EQ(counts.first(), DocumentListController::FirstBatchSize);
+    EXPECT_EQ(counts.last(), Notes + 1) << "the last report has every item";
+    EXPECT_TRUE(list->hasLoaded());
+    QList<Url> expected{root.appendingPathComponent("Work/Letters", true)};
+    for (int i = 0; i < Notes; ++i) {
+        expected.append(root.appendingPathComponent(QStringLiteral("Work/Note %1.txt").arg(i)));
+    }
+    EXPECT_EQ(list->containedItems(), expected);
+    EXPECT_EQ(list->selectedItems(), QList<Url>{picked});
+    const int row = int(list->containedItems().indexOf(picked));
+    EXPECT_EQ(view->visualRect(view->model()->index(row, 0)).top(), pickedY)
+        << "the rows added above did not move the one under the finger";
 }
