@@ -4,10 +4,17 @@ namespace vl {
 
 std::shared_ptr<AlertAction> AlertAction::actionWithTitle(const QString& title, Style style,
                                                           Handler handler) {
+    return actionWithTitle(title, style, std::move(handler), {});
+}
+
+std::shared_ptr<AlertAction> AlertAction::actionWithTitle(const QString& title, Style style,
+                                                          Handler handler,
+                                                          ShouldDismissHandler shouldDismiss) {
     std::shared_ptr<AlertAction> action(new AlertAction);
     action->title_ = title;
     action->style_ = style;
     action->handler_ = std::move(handler);
+    action->shouldDismiss_ = std::move(shouldDismiss);
     return action;
 }
 

@@ -19,8 +19,9 @@ class PresentationOverlay;
 enum class UserInterfaceIdiom;
 
 // How a presented controller covers its presenter: the whole window, a centred card over a dimmed
-// window (alerts), or a sheet anchored at the bottom on phones (action sheets).
-enum class ModalPresentationStyle { FullScreen, AlertCard, ActionSheet };
+// window (alerts), a sheet anchored at the bottom on phones (action sheets), or over the current
+// context (the whole window too, the presenter's screen left in place behind it).
+enum class ModalPresentationStyle { FullScreen, AlertCard, ActionSheet, OverCurrentContext };
 
 // The base of every screen: a lazily created view with the load / did-load / will-appear /
 // will-disappear life cycle, a title, a navigation item, toolbar items, a restoration identifier,
