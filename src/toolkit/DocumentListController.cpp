@@ -563,15 +563,11 @@ DocumentListReader::SortOrder DocumentListController::storedSortOrder() {
 void DocumentListController::setSortOrder(DocumentListReader::SortOrder order) {
     Preferences::standard().setValue(SortOrderKey, int(order));
     Preferences::standard().synchronize();
-    if (sortButton_) {
-        sortButton_->setText(Strings::localized(kSortTitles[int(order)]) + QStringLiteral(" ▾"));
-        sortButton_->setAccessibleName(
-            format(Strings::localized("Sort by %@"), Strings::localized(kSortTitles[int(order)])));
-    }
     if (order == sortOrder_) {
         return;
     }
     sortOrder_ = order;
+    showSortOrder();
     // Read again, off the main thread: the rows and the selection come back in the new order.
     reloadData();
 }
@@ -598,8 +594,18 @@ QToolButton* DocumentListController::makeSortButton() {
     }
     button->setMenu(menu);
     sortButton_ = button;
-    setSortOrder(sortOrder_);
+    // Only shown: storing it would write the preferences file every time a list is made.
+    showSortOrder();
     return button;
+}
+
+void DocumentListController::showSortOrder() {
+    if (!sortButton_) {
+        return;
+    }
+    const QString title = Strings::localized(kSortTitles[int(sortOrder_)]);
+    sortButton_->setText(title + QStringLiteral(" ▾"));
+    sortButton_->setAccessibleName(format(Strings::localized("Sort by %@"), title));
 }
 
 bool DocumentListController::handleKey(QKeyEvent* key) {

@@ -125,6 +125,7 @@ private:
     ViewPlace viewPlace() const;
     void restoreViewPlace(const ViewPlace& place);
     QToolButton* makeSortButton();
+    void showSortOrder();
     // A tap on a row of the folder or of the search results.
     void tapEntry(const DocumentListEntry& entry);
     void reportItemsChanged();

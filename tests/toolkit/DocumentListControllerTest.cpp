@@ -374,6 +374,9 @@ TEST_F(DocumentListControllerTest, SortOrdersKeepFoldersFirstAndTheChoiceIsKept)
     report.close();
 
     auto list = loadedRootList();
+    list->loadViewIfNeeded();
+    EXPECT_FALSE(Preferences::standard().contains(QStringLiteral("DocumentListSortOrder")))
+        << "making a list stores nothing";
     list->setSortOrder(DocumentListReader::SortOrder::Size);
     dispatch->runUntilIdle();
     EXPECT_EQ(names(list).mid(0, 3), (QStringList{"Editor", "Work", "Big.txt"}));
@@ -388,6 +391,8 @@ TEST_F(DocumentListControllerTest, SortOrdersKeepFoldersFirstAndTheChoiceIsKept)
     auto next = loadedRootList();
     EXPECT_EQ(next->sortOrder(), DocumentListReader::SortOrder::Date);
     EXPECT_EQ(names(next).last(), QStringLiteral("Report 10.txt"));
+    EXPECT_EQ(next->view()->findChild<QToolButton*>(QStringLiteral("sortButton"))->accessibleName(),
+              QStringLiteral("Sort by Date"));
 }
 
 TEST_F(DocumentListControllerTest, ImagesShowTheirThumbnailOnceItIsMadeOffTheMainThread) {
