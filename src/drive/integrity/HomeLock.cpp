@@ -23,10 +23,12 @@ HomeLock::HomeLock(const QString& homeRoot) : homeRoot_(homeRoot) {
         return;
     }
     const QString root = StagingArea::rootFor(homeRoot_);
-    QDir().mkpath(root);
+    const QByteArray path = (root + QStringLiteral("/home.lock")).toUtf8();
     // A descriptor of its own per holder: flock excludes other open files, in this process too.
-    fd_ = ::open((root + QStringLiteral("/home.lock")).toUtf8().constData(),
-                 O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    fd_ = ::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (fd_ < 0 && errno == ENOENT && QDir().mkpath(root)) {
+        fd_ = ::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    }
     while (fd_ >= 0 && ::flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
     }
 }

@@ -224,6 +224,8 @@ private:
     int recoverFolder(const QString& relative);
     // Writes down a move about to be made in <home>/journal/; answers the entry's path.
     std::optional<QString> beginMove(const Url& from, const Url& to) const;
+    // Marks the entry beginMove wrote as ended.
+    void endMove(const QString& journal) const;
     // Finishes the moves written down and never ended (a crash cut them short).
     int finishMoves();
     // The cloud-only half of movePromisedItem: renames the placeholder of from.

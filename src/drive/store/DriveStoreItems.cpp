@@ -320,13 +320,14 @@ std::optional<Error> DriveStore::movePromisedItem(const Url& source, const Url& 
     // rather than leave the item's copies under two names.
     const std::optional<QString> journal = beginMove(from, to);
     const struct EndMove {
+        const DriveStore& store;
         const std::optional<QString>& journal;
         ~EndMove() {
             if (journal) {
-                QFile::remove(*journal);
+                store.endMove(*journal);
             }
         }
-    } endMove{journal};
+    } endMove{*this, journal};
     CrashPoint::reach();
     // The local item first: the rename itself refuses to replace anything at the destination.
     const int moved = renameNoReplace(from.path(), to.path());

@@ -8,12 +8,15 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
 #include <QJsonObject>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <atomic>
+#include <cerrno>
 
 namespace vl {
 
@@ -42,26 +45,53 @@ QStringList namesIn(const QString& folder) {
 
 }  // namespace
 
+namespace {
+
+// Replaces the whole content of a small record in place with one write, padding with blanks over
+// whatever longer content it had: a process killed around the write leaves the old record or the
+// new one, never a mix.
+bool rewriteInPlace(const QString& path, QByteArray bytes) {
+    const int fd = ::open(nativePath(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0) {
+        return false;
+    }
+    struct stat st;
+    if (::fstat(fd, &st) == 0 && st.st_size > bytes.size()) {
+        bytes.append(qsizetype(st.st_size) - bytes.size(), ' ');
+    }
+    const bool written = ::pwrite(fd, bytes.constData(), size_t(bytes.size()), 0) == bytes.size();
+    ::close(fd);
+    return written;
+}
+
+}  // namespace
+
 std::optional<QString> DriveStore::beginMove(const Url& from, const Url& to) const {
     const std::optional<QString> fromRelative = relativePath(from);
     const std::optional<QString> toRelative = relativePath(to);
     if (!fromRelative || !toRelative || fromRelative->isEmpty() || toRelative->isEmpty()) {
         return std::nullopt;
     }
-    const QString folder = home_.rootPath() + QStringLiteral("/journal");
-    QDir().mkpath(folder);
-    static std::atomic<quint64> counter{0};
-    const QString path = folder + QStringLiteral("/move-") + QString::number(::getpid()) +
-                         QLatin1Char('-') + QString::number(counter.fetch_add(1)) +
-                         QStringLiteral(".json");
+    // Moves hold the home lock, so one entry per home is enough. It is rewritten in place rather
+    // than made anew, and not synced to disk: it is there for a process that dies mid-move, and
+    // the page cache outlives the process. (A new, synced file per move made a move cost
+    // milliseconds, most of it the file system making and dropping an inode.)
+    const QString path = home_.rootPath() + QStringLiteral("/journal/move-current.json");
     QJsonObject record;
     record.insert(QLatin1String("from"), *fromRelative);
     record.insert(QLatin1String("to"), *toRelative);
-    if (std::optional<Error> error = RecordFile::writeObject(path, record)) {
-        VLLOG(3, "Moving %@ without a journal entry: %@", from, *error);
+    const QByteArray bytes = QJsonDocument(record).toJson(QJsonDocument::Compact);
+    if (!rewriteInPlace(path, bytes) &&
+        !(QDir().mkpath(parentPath(path)) && rewriteInPlace(path, bytes))) {
+        VLLOG(3, "Moving %@ without a journal entry: %@", from, Error::posixError(errno, path));
         return std::nullopt;
     }
     return path;
+}
+
+void DriveStore::endMove(const QString& journal) const {
+    // An empty entry: no move under way.
+    rewriteInPlace(journal, "{}");
 }
 
 int DriveStore::finishMoves() {
@@ -73,6 +103,8 @@ int DriveStore::finishMoves() {
         const QString from = record ? record->value(QLatin1String("from")).toString() : QString();
         const QString to = record ? record->value(QLatin1String("to")).toString() : QString();
         if (from.isEmpty() || to.isEmpty()) {
+            // An empty entry is the journal of a move that ended; anything else unreadable is
+            // kept aside.
             RecordFile::keepAsideIfCorrupt(path);
             continue;
         }
