@@ -33,7 +33,8 @@ QVariant DocumentListModel::data(const QModelIndex& index, int role) const {
             return entry.displayName();
         case Qt::DecorationRole:
             if (entry.kind->wantsThumbnail()) {
-                if (QIcon thumbnail = thumbnails_->thumbnail(entry.url(), ThumbnailSize);
+                if (QIcon thumbnail =
+                        thumbnails_->thumbnail(entry.url(), ThumbnailSize, entry.isCloudOnly);
                     !thumbnail.isNull()) {
                     return thumbnail;
                 }

@@ -2,6 +2,7 @@
 
 #include "platform/cloud/CloudDocuments.h"
 #include "platform/cloud/ItemAttributes.h"
+#include "toolkit/ToolkitIcons.h"
 
 #include <QPainter>
 #include <QPixmap>
@@ -12,13 +13,13 @@ namespace vl {
 struct DocumentThumbnailLoader::Shared {
     DispatchQueuePtr queue = Dispatch::serialQueue(
         QStringLiteral("com.tessaly.VelloraApp.DocumentThumbnails"), QualityOfService::Utility);
-    std::function<void(const Url&, const QImage&)> deliver;  // main thread
+    std::function<void(const Url&, bool, const QImage&)> deliver;  // main thread
 };
 
 DocumentThumbnailLoader::DocumentThumbnailLoader(std::function<void(const Url&)> ready)
     : shared_(std::make_shared<Shared>()), ready_(std::move(ready)) {
-    shared_->deliver = [this](const Url& url, const QImage& image) {
-        icons_.insert(url, QIcon(QPixmap::fromImage(image)));
+    shared_->deliver = [this](const Url& url, bool cloudOnly, const QImage& image) {
+        icons_.insert({url, cloudOnly}, QIcon(QPixmap::fromImage(image)));
         if (ready_) {
             ready_(url);
         }
@@ -33,16 +34,17 @@ bool DocumentThumbnailLoader::wantsThumbnail(const QString& contentType) {
            contentType == QLatin1String("application/pdf");
 }
 
-QIcon DocumentThumbnailLoader::thumbnail(const Url& url, int size) {
-    if (const auto found = icons_.constFind(url); found != icons_.constEnd()) {
+QIcon DocumentThumbnailLoader::thumbnail(const Url& url, int size, bool cloudOnly) {
+    const std::pair<Url, bool> key{url, cloudOnly};
+    if (const auto found = icons_.constFind(key); found != icons_.constEnd()) {
         return *found;
     }
-    if (requested_.contains(url) || !CloudDocuments::isInstalled()) {
+    if (requested_.contains(key) || !CloudDocuments::isInstalled()) {
         return {};
     }
-    requested_.insert(url);
+    requested_.insert(key);
     const std::weak_ptr<Shared> weak = shared_;
-    shared_->queue->async([weak, url, size] {
+    shared_->queue->async([weak, url, size, cloudOnly] {
         const std::optional<ItemAttributes> attributes =
             CloudDocuments::shared().promisedItemResourceValues(
                 url, ItemAttributeKey::ThumbnailDictionary, nullptr);
@@ -61,11 +63,16 @@ QIcon DocumentThumbnailLoader::thumbnail(const Url& url, int size) {
         QImage scaled(size, size, QImage::Format_ARGB32_Premultiplied);
         scaled.fill(Qt::transparent);
         QPainter painter(&scaled);
+        painter.setOpacity(cloudOnly ? 0.55 : 1.0);
         painter.drawImage((size - fitted.width()) / 2, (size - fitted.height()) / 2, fitted);
+        if (cloudOnly) {
+            painter.setOpacity(1.0);
+            ToolkitIcons::drawCloudMark(painter, size);
+        }
         painter.end();
-        Dispatch::mainQueue()->async([weak, url, scaled = std::move(scaled)] {
+        Dispatch::mainQueue()->async([weak, url, cloudOnly, scaled = std::move(scaled)] {
             if (const std::shared_ptr<Shared> shared = weak.lock(); shared && shared->deliver) {
-                shared->deliver(url, scaled);
+                shared->deliver(url, cloudOnly, scaled);
             }
         });
     });

@@ -25,15 +25,17 @@ public:
 
     // Whether items of this content type get a thumbnail: images, PDFs and videos.
     static bool wantsThumbnail(const QString& contentType);
-    // The thumbnail when it is ready; otherwise a null icon, and the read is started once.
-    QIcon thumbnail(const Url& url, int size);
+    // The thumbnail when it is ready; otherwise a null icon, and the read is started once. A
+    // cloud-only item's thumbnail is dimmed and carries the cloud mark, as its icon would.
+    QIcon thumbnail(const Url& url, int size, bool cloudOnly = false);
 
 private:
     struct Shared;
     std::shared_ptr<Shared> shared_;
     std::function<void(const Url&)> ready_;
-    QHash<Url, QIcon> icons_;
-    QSet<Url> requested_;
+    // By URL and whether the item was cloud-only: a download changes the picture.
+    QHash<std::pair<Url, bool>, QIcon> icons_;
+    QSet<std::pair<Url, bool>> requested_;
 };
 
 }  // namespace vl

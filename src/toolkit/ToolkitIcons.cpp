@@ -64,8 +64,21 @@ QIcon ToolkitIcons::cloudOnlyIcon(const QString& name, const QString& fallbackNa
     painter.setOpacity(0.55);
     painter.drawPixmap(0, 0, icon(name, fallbackName).pixmap(size, size));
     painter.setOpacity(1.0);
+    drawCloudMark(painter, size);
+    painter.end();
+    QIcon result(pixmap);
+    cache.insert(key, result);
+    return result;
+}
+
+void ToolkitIcons::drawCloudMark(QPainter& painter, int size) {
     // A small cloud in the lower right corner says the content is not on the device.
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(size / 64.0, size / 64.0);
     QPainterPath cloud;
+    // The parts overlap: under the default odd-even rule their overlaps would be holes.
+    cloud.setFillRule(Qt::WindingFill);
     cloud.addEllipse(QRectF(34, 44, 14, 12));
     cloud.addEllipse(QRectF(41, 38, 16, 16));
     cloud.addEllipse(QRectF(50, 44, 13, 12));
@@ -73,10 +86,7 @@ QIcon ToolkitIcons::cloudOnlyIcon(const QString& name, const QString& fallbackNa
     painter.setPen(QPen(Qt::white, 2));
     painter.setBrush(QColor(0, 122, 255));
     painter.drawPath(cloud.simplified());
-    painter.end();
-    QIcon result(pixmap);
-    cache.insert(key, result);
-    return result;
+    painter.restore();
 }
 
 }  // namespace vl

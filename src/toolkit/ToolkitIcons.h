@@ -3,6 +3,8 @@
 #include <QIcon>
 #include <QString>
 
+class QPainter;
+
 namespace vl {
 
 // Icons by freedesktop name: the theme's when it has one, else the toolkit's own copy of the
@@ -15,6 +17,9 @@ public:
     // A cloud-only variant: the icon drawn faded with a cloud mark.
     static QIcon cloudOnlyIcon(const QString& name, const QString& fallbackName = {});
     static bool hasBundledIcon(const QString& name);
+    // Draws the cloud-only mark into the lower right corner of a square icon of `size` pixels.
+    // Safe on any thread (for painters on images).
+    static void drawCloudMark(QPainter& painter, int size);
 };
 
 }  // namespace vl

@@ -416,6 +416,29 @@ TEST_F(DocumentListControllerTest, ImagesShowTheirThumbnailOnceItIsMadeOffTheMai
     EXPECT_EQ(centre(), QColor(Qt::red));
 }
 
+TEST_F(DocumentListControllerTest, ACloudOnlyImageShowsItsThumbnailDimmedWithTheCloudMark) {
+    QImage red(300, 300, QImage::Format_RGB32);
+    red.fill(Qt::red);
+    const QString source = dir.path() + QStringLiteral("/src/Red.png");
+    ASSERT_TRUE(red.save(source));
+    ASSERT_FALSE(service->store()->importItem(source, QStringLiteral("Red.png"), true));
+    auto list = loadedRootList();
+    list->loadViewIfNeeded();
+    const QAbstractItemModel* model = list->listView()->model();
+    const int row = int(list->containedItems().indexOf(root.appendingPathComponent("Red.png")));
+    ASSERT_GE(row, 0);
+    model->index(row, 0).data(Qt::DecorationRole);
+    dispatch->runUntilIdle();
+    const QImage shown =
+        model->index(row, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(64, 64).toImage();
+    const QColor middle = shown.pixelColor(20, 20);
+    EXPECT_EQ(middle.hue(), 0) << "the picture itself";
+    EXPECT_LT(middle.alpha(), 200) << "dimmed";
+    const QColor mark = shown.pixelColor(49, 46);
+    EXPECT_GT(mark.blue(), 200);
+    EXPECT_LT(mark.red(), 50);
+}
+
 TEST_F(DocumentListControllerTest, ABigFolderShowsItsFirstRowsAtOnceAndTheRestInOrder) {
     constexpr int Notes = 3 * DocumentListController::FirstBatchSize;
     for (int i = 0; i < Notes; ++i) {
