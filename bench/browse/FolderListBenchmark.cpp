@@ -5,7 +5,8 @@
 //  - all items: to documentListControllerItemsChanged with the full count (target: at most 1.2
 //    times `ls -l`);
 //  - scrolling top to bottom a page at a time: the longest the main thread is busy with one page
-//    (target: 16 ms);
+//    (target: 16 ms), in wall time; beside it the 99th percentile and the longest page in the
+//    main thread's own CPU time, which a machine shared with other work does not inflate;
 //  - memory: growth of the resident set per item once the list holds everything (target: 500
 //    bytes).
 // Each side runs three times, alternating, and its best time counts.
@@ -34,7 +35,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <limits>
+#include <vector>
 
 using namespace vl;
 
@@ -89,8 +92,16 @@ struct ListRun {
     qint64 firstRows = -1;
     qint64 allItems = -1;
     qint64 longestPage = 0;
+    qint64 page99 = 0;
+    qint64 longestPageCpu = 0;
     long bytesPerItem = 0;
 };
+
+qint64 threadCpuNanoseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return qint64(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
+}
 
 ListRun runList(const Url& folder, int count) {
     ListRun run;
@@ -119,13 +130,21 @@ ListRun runList(const Url& folder, int count) {
 
     QScrollBar* bar = list->listView()->verticalScrollBar();
     const int page = std::max(1, bar->pageStep());
+    std::vector<qint64> pages;
     for (int value = 0; value <= bar->maximum(); value += page) {
         QElapsedTimer step;
         step.start();
+        const qint64 cpu = threadCpuNanoseconds();
         bar->setValue(value);
         list->listView()->viewport()->repaint();
         QApplication::processEvents();
-        run.longestPage = std::max(run.longestPage, step.nsecsElapsed());
+        pages.push_back(step.nsecsElapsed());
+        run.longestPageCpu = std::max(run.longestPageCpu, threadCpuNanoseconds() - cpu);
+    }
+    std::sort(pages.begin(), pages.end());
+    if (!pages.empty()) {
+        run.longestPage = pages.back();
+        run.page99 = pages.at(pages.size() * 99 / 100);
     }
     list->listView()->viewport()->removeEventFilter(&watcher);
     return run;
@@ -185,8 +204,8 @@ int main(int argc, char** argv) {
     }
     const Url url = Url::fromPath(folder, true);
 
-    ListRun best{std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::max(),
-                 std::numeric_limits<qint64>::max(), 0};
+    constexpr qint64 None = std::numeric_limits<qint64>::max();
+    ListRun best{None, None, None, None, None, 0};
     qint64 bestLs = std::numeric_limits<qint64>::max();
     for (int round = 0; round < Rounds; ++round) {
         bestLs = std::min(bestLs, runLs(folder));
@@ -194,6 +213,8 @@ int main(int argc, char** argv) {
         best.firstRows = std::min(best.firstRows, run.firstRows);
         best.allItems = std::min(best.allItems, run.allItems);
         best.longestPage = std::min(best.longestPage, run.longestPage);
+        best.page99 = std::min(best.page99, run.page99);
+        best.longestPageCpu = std::min(best.longestPageCpu, run.longestPageCpu);
         // The first round's growth: later rounds reuse memory the first one freed.
         if (round == 0) {
             best.bytesPerItem = run.bytesPerItem;
@@ -206,6 +227,8 @@ int main(int argc, char** argv) {
     std::printf("all items in the list      %8.1f ms   ratio %.2f to ls -l (target 1.2)\n",
                 best.allItems / ms, double(best.allItems) / double(bestLs));
     std::printf("longest page while scrolling %6.1f ms   (target 16 ms)\n", best.longestPage / ms);
+    std::printf("  99th percentile page       %8.1f ms\n", best.page99 / ms);
+    std::printf("  longest page, CPU time     %8.1f ms\n", best.longestPageCpu / ms);
     std::printf("memory growth per item     %8ld bytes (target 500)\n", best.bytesPerItem);
     return 0;
 }
