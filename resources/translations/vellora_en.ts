@@ -85,6 +85,30 @@
         <source>Cancel</source>
         <translation>Cancel</translation>
     </message>
+    <!-- Move-target chooser -->
+    <message id=".DICT.CHOOSE_FOLDER_FOR_ITEMS.%d" numerus="yes">
+        <source>Choose a folder for %d items.</source>
+        <extracomment>Line under the move-target chooser's bar. %d is the number of items to move.</extracomment>
+        <translation>
+            <numerusform>Choose a folder for %d item.</numerusform>
+            <numerusform>Choose a folder for %d items.</numerusform>
+        </translation>
+    </message>
+    <message id="Back">
+        <source>Back</source>
+        <extracomment>Move-target chooser: button that goes up to the folder above.</extracomment>
+        <translation>Back</translation>
+    </message>
+    <message id="Folders">
+        <source>Folders</source>
+        <extracomment>Move-target chooser: the name a screen reader gives the list of folders.</extracomment>
+        <translation>Folders</translation>
+    </message>
+    <message id="No Folders">
+        <source>No Folders</source>
+        <extracomment>Move-target chooser: shown in a folder without subfolders.</extracomment>
+        <translation>No Folders</translation>
+    </message>
     <!-- Status line -->
     <message id=".DICT.ITEMS.%d" numerus="yes">
         <source>%d items</source>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/cloud/CloudContainer.h"
-#include "platform/files/Error.h"
 #include "platform/cloud/ItemAttributes.h"
+#include "platform/files/Error.h"
 #include "platform/files/Url.h"
 
 #include <QString>
@@ -55,6 +55,18 @@ public:
     static std::optional<QString> displayableLocationForURL(const Url& url);
     static bool isAudioVideoImageFile(const Url& url);
     static bool isValidExtensionForContainer(const Url& url);
+
+    // --- Names (FileUtilsFilename.cpp) ---
+    // A name a person may give an item: not empty, not starting with ".", without "/" or ":", and
+    // without noncharacters, code points unassigned in Unicode 3.2, control or format characters
+    // and line or paragraph breaks. No length limit: the file system has the last word.
+    static bool isValidFilename(const QString& name);
+    // `name` without the white space and line breaks around it (general category Z*, U+000A to
+    // U+000D, U+0085); the blanks inside stay.
+    static QString trimmedFilename(const QString& name);
+    // The name rule's character tests, by code point; a lone surrogate counts as illegal.
+    static bool isIllegalFilenameCodePoint(char32_t c);
+    static bool isControlOrFormatCodePoint(char32_t c);
 
     static inline const QString LocationSeparator = QStringLiteral(" \u25B8 ");
 };
