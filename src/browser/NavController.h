@@ -4,10 +4,12 @@
 #include "platform/cloud/CloudAccount.h"
 #include "services/QuotaFetcherDelegate.h"
 #include "toolkit/DocumentListControllerDelegate.h"
+#include "toolkit/DocumentTargetSelectionControllerDelegate.h"
 #include "toolkit/NavigationController.h"
 #include "toolkit/NavigationControllerDelegate.h"
 
 #include <QDateTime>
+#include <QPointer>
 #include <QString>
 
 #include <functional>
@@ -19,9 +21,11 @@ namespace vl {
 class BarButtonItem;
 class DocumentInteractionController;
 class DocumentListController;
+class DocumentTargetSelectionController;
 class FilenamePrompt;
 class PreviewItemManager;
 class QuotaFetcher;
+class UndoBar;
 
 // The app's root view controller: a navigation stack of folder lists, one per level of the drive,
 // with a preview screen on top when an item is shown. It shows the browser while a cloud account
@@ -33,10 +37,14 @@ class QuotaFetcher;
 //
 // The flows live in one file each: NavController.cpp (start and account), NavControllerLists.cpp
 // (list configuration, edit mode, folder taps), NavControllerRules.cpp (when New Folder, Move
-// and Delete are offered), NavControllerStatus.cpp (the status line and the free space).
+// and Delete are offered), NavControllerMove.cpp (new folders and moves), NavControllerDelete.cpp
+// (the delete flow), NavControllerActions.cpp (per-item actions and rename), NavControllerUndo.cpp
+// (the undo bar after a move or a rename), NavControllerStatus.cpp (the status line and the free
+// space).
 class NavController : public NavigationController,
                       public NavigationControllerDelegate,
                       public DocumentListControllerDelegate,
+                      public DocumentTargetSelectionControllerDelegate,
                       public QuotaFetcherDelegate {
     Q_OBJECT
 public:
@@ -94,7 +102,7 @@ public:
         QWidget* originatingView, std::function<void()> completion) override;
     void documentListControllerPerformActionURL(const std::shared_ptr<DocumentListController>& list,
                                                 int action, const Url& url) override;
-    // None yet: the per-item flows (delete, actions menu, details, rename) are not built.
+    // Delete and rename; the actions menu and details wait for the preview and share flows.
     bool documentListControllerCanPerformAction(const std::shared_ptr<DocumentListController>& list,
                                                 int action) override;
 
@@ -113,6 +121,33 @@ public:
     // 1 when any URL is a folder (a directory that is not a package), else 0.
     static unsigned numFoldersInURLArray(const QList<Url>& urls);
     static bool canShowDeleteForSelectedItems(const std::shared_ptr<DocumentListController>& list);
+
+    // --- New folders and moves (NavControllerMove.cpp) ---
+    // The chooser when the folder's container has a folder to move into, else the new-folder
+    // prompt that moves the items into the folder it makes.
+    void showMoveTargetForItemsInFolder(const QList<Url>& items, const Url& folder);
+    // Without items, a plain new folder.
+    void showNewFolderPromptDuringMoveItemsToMove(const Url& folder,
+                                                  const std::optional<QList<Url>>& items);
+    void documentTargetSelectionControllerDidSelectItemAtURL(
+        const std::shared_ptr<DocumentTargetSelectionController>& chooser, const Url& url) override;
+    // Moves each item into the folder, never over anything; the errors in the order of the items.
+    // What moved can be taken back from the undo bar.
+    QList<Error> moveItemsToDirectoryToDirectory(const QList<Url>& items, const Url& target);
+    void moveItemsToDirectoryAndShowErrorsToDirectory(const QList<Url>& items, const Url& target);
+
+    // --- The delete flow (NavControllerDelete.cpp) ---
+    // Items, or app libraries, never a mix; confirmed by the delete warning first.
+    void showWarningAndDeleteURLsUsingViewWithDocumentListControllerFinishedCompletion(
+        const QList<Url>& urls, QWidget* view, const std::shared_ptr<DocumentListController>& list,
+        std::function<void()> completion);
+
+    // --- Per-item actions (NavControllerActions.cpp) ---
+    void showRenamePrompt(const Url& url);
+
+    // --- Undo of moves and renames (NavControllerUndo.cpp) ---
+    // The bar along the bottom of the window; made on first use.
+    UndoBar* undoBar();
 
     // --- The status line (NavControllerStatus.cpp) ---
     bool okToShowQuota() const { return lastQuotaFetch_.has_value(); }
@@ -176,6 +211,21 @@ protected:
     void viewDidLoad() override;
 
 private:
+    // One item moved by a move or a rename, and how it looked right after: undo moves it back
+    // only while it still looks so.
+    struct MovedItem {
+        Url from;
+        Url to;
+        QString signature;
+    };
+    // The URL a move onto `destination` gives the item: the next free name when it is taken.
+    static Url freeDestinationFor(const Url& destination);
+    static QString itemSignature(const Url& url);
+    void offerUndo(const QList<MovedItem>& moved, const QString& message);
+    void undoMoves(const QList<MovedItem>& moved, bool isRename);
+    // The top controller, which alerts about a request are shown from.
+    std::shared_ptr<ViewController> alertParent();
+
     void showUnavailableAlert();
     void stopObserving();
     std::shared_ptr<BarButtonItem> makeToolbarButton(
@@ -194,6 +244,7 @@ private:
     std::function<void()> performActionCompletionBlock_;
     std::shared_ptr<FilenamePrompt> folderPromptAlert_;
     std::shared_ptr<PreviewItemManager> itemManager_;
+    QPointer<UndoBar> undoBar_;
 
     NotificationCenter::TokenPtr becameActiveObserver_;
     NotificationCenter::TokenPtr accountObserver_;

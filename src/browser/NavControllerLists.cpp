@@ -203,22 +203,6 @@ void NavController::updateStatusUI(const std::shared_ptr<DocumentListController>
     }
 }
 
-// The organizing flows behind these three buttons (the new-folder prompt, the move chooser, the
-// delete warning) are not part of the browser yet; the buttons say they were pressed.
-void NavController::promtForNewFolderAndCreate(const std::shared_ptr<BarButtonItem>&) {
-    VLLOG(6, "Pressed NewFolder");
-}
-
-void NavController::showMoveTargetForSelectedItems(const std::shared_ptr<BarButtonItem>&) {
-    VLLOG(6, "Pressed Move");
-}
-
-void NavController::showWarningAndDeleteDocument(const std::shared_ptr<BarButtonItem>&) {
-    const std::shared_ptr<DocumentListController> list = getTopDocumentListController();
-    const QList<Url> selected = list ? list->selectedItems() : QList<Url>();
-    VLLOG(6, "Pressed Delete after selecting %@ items: %@", selected.size(), selected);
-}
-
 void NavController::documentListControllerItemsChanged(
     const std::shared_ptr<DocumentListController>& list) {
     pickerIsAlive_ = true;
@@ -269,28 +253,6 @@ void NavController::documentListControllerDidSelectItemAtURL(
     }
     // Opening a document (its default app, the preview, the download screen) joins here with
     // item activation.
-}
-
-// Until the per-item flows exist, documentListControllerCanPerformAction offers none of them,
-// so a list never sends these.
-void NavController::documentListControllerPerformActionURLOriginatingViewCompletion(
-    const std::shared_ptr<DocumentListController>&, int action, const Url&, QWidget*,
-    std::function<void()> completion) {
-    VLLOG(4, "performAction:%@ -- unexpected value", action);
-    if (completion) {
-        completion();
-    }
-}
-
-void NavController::documentListControllerPerformActionURL(
-    const std::shared_ptr<DocumentListController>& list, int action, const Url& url) {
-    documentListControllerPerformActionURLOriginatingViewCompletion(list, action, url, view(),
-                                                                    [] {});
-}
-
-bool NavController::documentListControllerCanPerformAction(
-    const std::shared_ptr<DocumentListController>&, int) {
-    return false;
 }
 
 void NavController::navigationControllerDidShowViewController(
