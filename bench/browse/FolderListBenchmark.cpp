@@ -7,6 +7,8 @@
 //  - scrolling top to bottom a page at a time: the longest the main thread is busy with one page
 //    (target: 16 ms), in wall time; beside it the 99th percentile and the longest page in the
 //    main thread's own CPU time, which a machine shared with other work does not inflate;
+//  - selecting all while editing, and leaving editing: the main thread's time for each (no
+//    target; nothing per item may be quadratic);
 //  - memory: growth of the resident set per item once the list holds everything (target: 500
 //    bytes).
 // Each side runs three times, alternating, and its best time counts.
@@ -94,6 +96,9 @@ struct ListRun {
     qint64 longestPage = 0;
     qint64 page99 = 0;
     qint64 longestPageCpu = 0;
+    qint64 selectAll = 0;
+    qint64 selectAllCpu = 0;
+    qint64 deselectAll = 0;
     long bytesPerItem = 0;
 };
 
@@ -146,6 +151,23 @@ ListRun runList(const Url& folder, int count) {
         run.longestPage = pages.back();
         run.page99 = pages.at(pages.size() * 99 / 100);
     }
+
+    QElapsedTimer selecting;
+    selecting.start();
+    const qint64 selectingCpu = threadCpuNanoseconds();
+    list->setEditing(true, false);
+    list->setSelectedItems(list->containedItems());
+    list->listView()->viewport()->repaint();
+    run.selectAll = selecting.nsecsElapsed();
+    run.selectAllCpu = threadCpuNanoseconds() - selectingCpu;
+    if (list->selectedItems().size() != count) {
+        std::fprintf(stderr, "select all selected %lld of %d\n",
+                     static_cast<long long>(list->selectedItems().size()), count);
+    }
+    selecting.restart();
+    list->setEditing(false, false);
+    list->listView()->viewport()->repaint();
+    run.deselectAll = selecting.nsecsElapsed();
     list->listView()->viewport()->removeEventFilter(&watcher);
     return run;
 }
@@ -205,7 +227,7 @@ int main(int argc, char** argv) {
     const Url url = Url::fromPath(folder, true);
 
     constexpr qint64 None = std::numeric_limits<qint64>::max();
-    ListRun best{None, None, None, None, None, 0};
+    ListRun best{None, None, None, None, None, None, None, None, 0};
     qint64 bestLs = std::numeric_limits<qint64>::max();
     for (int round = 0; round < Rounds; ++round) {
         bestLs = std::min(bestLs, runLs(folder));
@@ -215,6 +237,9 @@ int main(int argc, char** argv) {
         best.longestPage = std::min(best.longestPage, run.longestPage);
         best.page99 = std::min(best.page99, run.page99);
         best.longestPageCpu = std::min(best.longestPageCpu, run.longestPageCpu);
+        best.selectAll = std::min(best.selectAll, run.selectAll);
+        best.selectAllCpu = std::min(best.selectAllCpu, run.selectAllCpu);
+        best.deselectAll = std::min(best.deselectAll, run.deselectAll);
         // The first round's growth: later rounds reuse memory the first one freed.
         if (round == 0) {
             best.bytesPerItem = run.bytesPerItem;
@@ -229,6 +254,9 @@ int main(int argc, char** argv) {
     std::printf("longest page while scrolling %6.1f ms   (target 16 ms)\n", best.longestPage / ms);
     std::printf("  99th percentile page       %8.1f ms\n", best.page99 / ms);
     std::printf("  longest page, CPU time     %8.1f ms\n", best.longestPageCpu / ms);
+    std::printf("select all while editing   %8.1f ms   (CPU time %.1f ms)\n", best.selectAll / ms,
+                best.selectAllCpu / ms);
+    std::printf("leave editing (deselect)   %8.1f ms\n", best.deselectAll / ms);
     std::printf("memory growth per item     %8ld bytes (target 500)\n", best.bytesPerItem);
     return 0;
 }

@@ -153,20 +153,23 @@ QList<Url> DocumentListController::selectedItems() const {
     return selected_;
 }
 
-void DocumentListController::setSelectedItems(const QList<Url>& urls) {
-    QList<std::pair<int, Url>> rows;
+QList<int> DocumentListController::rowsOf(const QList<Url>& urls) const {
+    QList<int> rows;
+    rows.reserve(urls.size());
     for (const Url& url : urls) {
-        const int row = model_->rowForURL(url);
-        if (row >= 0 && std::none_of(rows.begin(), rows.end(),
-                                     [row](const auto& r) { return r.first == row; })) {
-            rows.append({row, url});
+        if (const int row = model_->rowForURL(url); row >= 0) {
+            rows.append(row);
         }
     }
-    std::sort(rows.begin(), rows.end(),
-              [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    return rows;
+}
+
+void DocumentListController::setSelectedItems(const QList<Url>& urls) {
     QList<Url> selection;
-    for (const auto& row : rows) {
-        selection.append(model_->entryAt(row.first).url());
+    for (const int row : rowsOf(urls)) {
+        selection.append(model_->entryAt(row).url());
     }
     if (selection == selected_) {
         return;
@@ -270,14 +273,9 @@ void DocumentListController::apply(QList<DocumentListEntry> entries, bool last, 
     restoreViewPlace(place);
     if (!previousSelection.isEmpty()) {
         selected_.clear();
-        for (const Url& url : previousSelection) {
-            if (model_->rowForURL(url) >= 0) {
-                selected_.append(url);
-            }
+        for (const int row : rowsOf(previousSelection)) {
+            selected_.append(model_->entryAt(row).url());
         }
-        std::sort(selected_.begin(), selected_.end(), [this](const Url& a, const Url& b) {
-            return model_->rowForURL(a) < model_->rowForURL(b);
-        });
     }
     syncSelectionToView();
     if (last) {
@@ -336,10 +334,15 @@ void DocumentListController::syncSelectionToView() {
         return;
     }
     syncingSelection_ = true;
+    // One range per run of adjacent rows: the view asks the selection about every row it
+    // paints, and all of a big folder selected is then one range rather than 100,000.
     QItemSelection selection;
-    for (const Url& url : selected_) {
-        const QModelIndex index = model_->index(model_->rowForURL(url));
-        selection.select(index, index);
+    const QList<int> rows = rowsOf(selected_);
+    for (qsizetype first = 0, last = 0; first < rows.size(); first = last) {
+        for (last = first + 1; last < rows.size() && rows.at(last) == rows.at(last - 1) + 1;) {
+            ++last;
+        }
+        selection.select(model_->index(rows.at(first)), model_->index(rows.at(last - 1)));
     }
     listView_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     syncingSelection_ = false;
@@ -349,12 +352,17 @@ void DocumentListController::takeSelectionFromView() {
     if (syncingSelection_ || !listView_) {
         return;
     }
-    QModelIndexList indexes = listView_->selectionModel()->selectedIndexes();
-    std::sort(indexes.begin(), indexes.end(),
-              [](const QModelIndex& a, const QModelIndex& b) { return a.row() < b.row(); });
+    QList<int> rows;
+    for (const QItemSelectionRange& range : listView_->selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            rows.append(row);
+        }
+    }
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     QList<Url> selection;
-    for (const QModelIndex& index : indexes) {
-        selection.append(model_->entryAt(index.row()).url());
+    for (const int row : rows) {
+        selection.append(model_->entryAt(row).url());
     }
     if (selection != selected_) {
         selected_ = selection;

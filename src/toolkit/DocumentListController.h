@@ -129,6 +129,8 @@ private:
     // A tap on a row of the folder or of the search results.
     void tapEntry(const DocumentListEntry& entry);
     void reportItemsChanged();
+    // The rows of the URLs shown, in display order, each once.
+    QList<int> rowsOf(const QList<Url>& urls) const;
     void syncSelectionToView();
     void takeSelectionFromView();
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -78,7 +78,7 @@ int DocumentListModel::rowForURL(const Url& url) const {
         if (oneFolder_) {
             rowsByName_.reserve(entries_.size());
             for (qsizetype row = 0; row < entries_.size(); ++row) {
-                rowsByName_.insert(entries_.at(row).name, int(row));
+                rowsByName_.insert(qHash(entries_.at(row).name), int(row));
             }
         }
     }
@@ -93,7 +93,13 @@ int DocumentListModel::rowForURL(const Url& url) const {
         path.at(folder.path().size()) != QLatin1Char('/')) {
         return -1;
     }
-    return rowsByName_.value(path.mid(folder.path().size() + 1), -1);
+    const QStringView name = QStringView(path).sliced(folder.path().size() + 1);
+    for (auto [it, end] = rowsByName_.equal_range(qHash(name)); it != end; ++it) {
+        if (entries_.at(*it).name == name) {
+            return *it;
+        }
+    }
+    return -1;
 }
 
 }  // namespace vl

@@ -37,9 +37,11 @@ public:
 
 private:
     QList<DocumentListEntry> entries_;
-    // The rows by name when they all belong to one folder (a folder's list), made again when
-    // first asked after a change. Search results come from many folders and are few.
-    mutable QHash<QString, int> rowsByName_;
+    // The rows by the hash of their name when they all belong to one folder (a folder's list),
+    // made again when first asked after a change; a lookup compares the names of the rows
+    // found, so it needs no string of its own. Search results come from many folders and are
+    // few.
+    mutable QMultiHash<size_t, int> rowsByName_;
     mutable bool rowsValid_ = false;
     mutable bool oneFolder_ = true;
     // Asked from data(), which is const: reading a thumbnail changes nothing the view sees until

@@ -278,6 +278,7 @@ TEST_F(DocumentListControllerTest, KeyboardOpensSelectsAllAndLeavesEditing) {
     list->setEditing(true, false);
     press(Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(list->selectedItems(), list->containedItems());
+    EXPECT_EQ(view->selectionModel()->selection().size(), 1) << "adjacent rows are one range";
 
     int cancelled = 0;
     list->navigationItem()->setRightBarButtonItem(BarButtonItem::withSystemItem(
