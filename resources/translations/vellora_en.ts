@@ -410,5 +410,45 @@
             <numerusform>%d items changed since and were left where they are</numerusform>
         </translation>
     </message>
+    <message id="Open With">
+        <source>Open With</source>
+        <extracomment>Caption of the share sheet's row of applications that can open the document.</extracomment>
+        <translation>Open With</translation>
+    </message>
+    <message id="Copy">
+        <source>Copy</source>
+        <extracomment>Share sheet: puts the document on the clipboard.</extracomment>
+        <translation>Copy</translation>
+    </message>
+    <message id="Show in Folder">
+        <source>Show in Folder</source>
+        <extracomment>Share sheet: shows the document in the file manager.</extracomment>
+        <translation>Show in Folder</translation>
+    </message>
+    <message id="Send by Email">
+        <source>Send by Email</source>
+        <extracomment>Share sheet: writes an email with the document attached.</extracomment>
+        <translation>Send by Email</translation>
+    </message>
+    <message id="Can’t Open “%@”">
+        <source>Can’t Open “%@”</source>
+        <extracomment>Title of the alert when an application could not be started for a document. %@ is the document's name.</extracomment>
+        <translation>Can’t Open “%@”</translation>
+    </message>
+    <message id="%1$@ couldn’t be started: %2$@">
+        <source>%1$@ couldn’t be started: %2$@</source>
+        <extracomment>%1$@ is the application's name, %2$@ the reason.</extracomment>
+        <translation>%1$@ couldn’t be started: %2$@</translation>
+    </message>
+    <message id="Can’t Send “%@”">
+        <source>Can’t Send “%@”</source>
+        <extracomment>Title of the alert when no email could be written. %@ is the document's name.</extracomment>
+        <translation>Can’t Send “%@”</translation>
+    </message>
+    <message id="“%@” is no longer installed.">
+        <source>“%@” is no longer installed.</source>
+        <extracomment>An application chosen to open a document was removed meanwhile. %@ is its name.</extracomment>
+        <translation>“%@” is no longer installed.</translation>
+    </message>
 </context>
 </TS>
