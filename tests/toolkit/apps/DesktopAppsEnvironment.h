@@ -74,9 +74,9 @@ public:
             "application/json=org.example.Console.desktop\n");
     }
 
-    // The lines launches.txt gains within a few seconds, once there are `count` of them.
-    static QStringList waitForLaunches(int count) {
-        QDeadlineTimer deadline(5000);
+    // The lines of launches.txt once there are `count` of them, or when the time is up.
+    static QStringList waitForLaunches(int count, int milliseconds = 5000) {
+        QDeadlineTimer deadline(milliseconds);
         QStringList lines;
         while (!deadline.hasExpired()) {
             QCoreApplication::processEvents();
