@@ -226,7 +226,24 @@ void forEachRow(const Url& folder, DocumentListReader::SortOrder order, RowHandl
 }  // namespace
 
 int DocumentListReader::compareNames(QStringView a, QStringView b) {
-    qsizetype i = 0, j = 0;
+    // Names in a big folder mostly share a long start ("Scan 2024-05-"). Runs wholly inside the
+    // shared start compare equal, so the comparison starts with the run that holds the first
+    // difference.
+    const qsizetype common = std::min(a.size(), b.size());
+    qsizetype start = 0;
+    while (start < common && a[start] == b[start]) {
+        ++start;
+    }
+    if (start == a.size() && start == b.size()) {
+        return 0;
+    }
+    if (start > 0) {
+        const bool digit = isDigit(a[start - 1]);
+        while (start > 0 && isDigit(a[start - 1]) == digit) {
+            --start;
+        }
+    }
+    qsizetype i = start, j = start;
     while (i < a.size() && j < b.size()) {
         const bool digitA = isDigit(a[i]), digitB = isDigit(b[j]);
         qsizetype endA = i, endB = j;
