@@ -450,5 +450,46 @@
         <extracomment>An application chosen to open a document was removed meanwhile. %@ is its name.</extracomment>
         <translation>“%@” is no longer installed.</translation>
     </message>
+    <!-- Names a screen reader says for icon-only bar buttons -->
+    <message id="Add">
+        <source>Add</source>
+        <extracomment>Spoken name of an icon button that adds an item.</extracomment>
+        <translation>Add</translation>
+    </message>
+    <message id="Compose">
+        <source>Compose</source>
+        <extracomment>Spoken name of an icon button that writes something new.</extracomment>
+        <translation>Compose</translation>
+    </message>
+    <message id="Reply">
+        <source>Reply</source>
+        <extracomment>Spoken name of an icon button that replies.</extracomment>
+        <translation>Reply</translation>
+    </message>
+    <message id="Share">
+        <source>Share</source>
+        <extracomment>Spoken name of an icon button that shares the item shown.</extracomment>
+        <translation>Share</translation>
+    </message>
+    <message id="Bookmarks">
+        <source>Bookmarks</source>
+        <extracomment>Spoken name of an icon button that shows bookmarks.</extracomment>
+        <translation>Bookmarks</translation>
+    </message>
+    <message id="Refresh">
+        <source>Refresh</source>
+        <extracomment>Spoken name of an icon button that reads the content again.</extracomment>
+        <translation>Refresh</translation>
+    </message>
+    <message id="Stop">
+        <source>Stop</source>
+        <extracomment>Spoken name of an icon button that stops what is under way.</extracomment>
+        <translation>Stop</translation>
+    </message>
+    <message id="Camera">
+        <source>Camera</source>
+        <extracomment>Spoken name of an icon button that takes a picture.</extracomment>
+        <translation>Camera</translation>
+    </message>
 </context>
 </TS>

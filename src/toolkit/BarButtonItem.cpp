@@ -7,10 +7,12 @@ namespace vl {
 
 namespace {
 
-// System items drawn with a word use the string table; the others use an icon.
+// System items drawn with a word use the string table; the others use an icon, and a screen
+// reader says the name the string table gives them.
 struct SystemLook {
     const char* titleKey;
     const char* iconName;
+    const char* spokenKey = nullptr;
 };
 
 SystemLook lookOf(BarButtonItem::SystemItem item) {
@@ -25,30 +27,30 @@ SystemLook lookOf(BarButtonItem::SystemItem item) {
         case S::Save:
             return {"Save", nullptr};
         case S::Add:
-            return {nullptr, "list-add"};
+            return {nullptr, "list-add", "Add"};
         case S::FlexibleSpace:
         case S::FixedSpace:
             return {nullptr, nullptr};
         case S::Compose:
-            return {nullptr, "document-edit"};
+            return {nullptr, "document-edit", "Compose"};
         case S::Reply:
-            return {nullptr, "mail-reply-sender"};
+            return {nullptr, "mail-reply-sender", "Reply"};
         case S::Action:
-            return {nullptr, "document-send"};
+            return {nullptr, "document-send", "Share"};
         case S::Organize:
-            return {nullptr, "folder"};
+            return {nullptr, "folder", "Move"};
         case S::Bookmarks:
-            return {nullptr, "bookmarks"};
+            return {nullptr, "bookmarks", "Bookmarks"};
         case S::Search:
-            return {nullptr, "edit-find"};
+            return {nullptr, "edit-find", "Search"};
         case S::Refresh:
-            return {nullptr, "view-refresh"};
+            return {nullptr, "view-refresh", "Refresh"};
         case S::Stop:
-            return {nullptr, "process-stop"};
+            return {nullptr, "process-stop", "Stop"};
         case S::Camera:
-            return {nullptr, "camera-photo"};
+            return {nullptr, "camera-photo", "Camera"};
         case S::Trash:
-            return {nullptr, "user-trash"};
+            return {nullptr, "user-trash", "Delete"};
     }
     return {nullptr, nullptr};
 }
@@ -85,6 +87,9 @@ std::shared_ptr<BarButtonItem> BarButtonItem::withSystemItem(SystemItem systemIt
     if (look.iconName) {
         item->icon_ = ToolkitIcons::icon(QString::fromLatin1(look.iconName));
     }
+    if (look.spokenKey) {
+        item->accessibleName_ = Strings::localized(look.spokenKey);
+    }
     if (systemItem == SystemItem::Done) {
         item->style_ = Style::Done;
     }
@@ -114,6 +119,13 @@ void BarButtonItem::trigger() {
 void BarButtonItem::setTitle(const QString& title) {
     if (title_ != title) {
         title_ = title;
+        emit changed();
+    }
+}
+
+void BarButtonItem::setAccessibleName(const QString& name) {
+    if (accessibleName_ != name) {
+        accessibleName_ = name;
         emit changed();
     }
 }

@@ -68,6 +68,9 @@ public:
     QString title() const { return title_; }
     void setTitle(const QString& title);
     QIcon icon() const { return icon_; }
+    // What a screen reader says for the item: its title, else the name of its icon's action.
+    QString accessibleName() const { return title_.isEmpty() ? accessibleName_ : title_; }
+    void setAccessibleName(const QString& name);
     Style style() const { return style_; }
     bool isSystemItem() const { return hasSystemItem_; }
     SystemItem systemItem() const { return systemItem_; }
@@ -95,6 +98,7 @@ private:
 
     QString title_;
     QIcon icon_;
+    QString accessibleName_;
     Style style_ = Style::Plain;
     bool hasSystemItem_ = false;
     SystemItem systemItem_ = SystemItem::Done;

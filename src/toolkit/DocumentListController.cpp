@@ -7,6 +7,8 @@
 #include "platform/cloud/CloudDocuments.h"
 #include "platform/text/Format.h"
 #include "platform/text/Strings.h"
+#include "toolkit/AlertAction.h"
+#include "toolkit/AlertController.h"
 #include "toolkit/BarButtonItem.h"
 #include "toolkit/DocumentListControllerDelegate.h"
 #include "toolkit/DocumentListItemDelegate.h"
@@ -14,6 +16,7 @@
 #include "toolkit/DocumentListReader.h"
 #include "toolkit/DocumentListSearch.h"
 #include "toolkit/NavigationItem.h"
+#include "toolkit/PopoverPresentationController.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -448,34 +451,41 @@ QWidget* DocumentListController::rowView(const QModelIndex& index) {
     return anchor_;
 }
 
-void DocumentListController::showActionMenu(const QModelIndex& index, const QPoint& globalPos) {
-    if (!index.isValid()) {
+void DocumentListController::showActionMenu(const QModelIndex& index, const QPoint&) {
+    if (!index.isValid() || presentedViewController()) {
         return;
     }
-    const Url url = model_->entryAt(index.row()).url();
+    const DocumentListEntry& entry = model_->entryAt(index.row());
+    const Url url = entry.url();
     std::shared_ptr<DocumentListController> self = sharedAs<DocumentListController>();
     const std::shared_ptr<DocumentListControllerDelegate> d = delegate();
-    auto* menu = new QMenu(listView_);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    for (const ActionTitle& entry : kActionTitles) {
-        if (!(availableActions_ & (1u << entry.action)) ||
-            (d && !d->documentListControllerCanPerformAction(self, entry.action))) {
+    // An action sheet rather than a popup menu: its buttons are in the window, where a screen
+    // reader finds them, and it is the same on a phone and a tablet as the app's other sheets.
+    const auto sheet = AlertController::alertControllerWithTitle(
+        entry.displayName(), QString(), AlertController::Style::ActionSheet);
+    const std::weak_ptr<DocumentListController> weak = self;
+    for (const ActionTitle& title : kActionTitles) {
+        if (!(availableActions_ & (1u << title.action)) ||
+            (d && !d->documentListControllerCanPerformAction(self, title.action))) {
             continue;
         }
-        QAction* item = menu->addAction(Strings::localized(entry.key));
-        const int action = entry.action;
-        std::weak_ptr<DocumentListController> weak = sharedAs<DocumentListController>();
-        connect(item, &QAction::triggered, this, [weak, action, url] {
-            if (std::shared_ptr<DocumentListController> list = weak.lock()) {
-                list->requestAction(action, url);
-            }
-        });
+        const int action = title.action;
+        sheet->addAction(AlertAction::actionWithTitle(
+            Strings::localized(title.key),
+            action == Delete ? AlertAction::Style::Destructive : AlertAction::Style::Default,
+            [weak, action, url](const std::shared_ptr<AlertAction>&) {
+                if (std::shared_ptr<DocumentListController> list = weak.lock()) {
+                    list->requestAction(action, url);
+                }
+            }));
     }
-    if (menu->isEmpty()) {
-        delete menu;
+    if (sheet->actions().isEmpty()) {
         return;
     }
-    menu->popup(globalPos);
+    sheet->addAction(
+        AlertAction::actionWithTitle(Strings::localized("Cancel"), AlertAction::Style::Cancel));
+    sheet->popoverPresentationController()->setSourceView(rowView(index));
+    presentViewController(sheet, true);
 }
 
 void DocumentListController::loadView() {

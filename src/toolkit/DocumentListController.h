@@ -32,7 +32,7 @@ struct DocumentListEntry;
 // row, read on a background queue and applied on the main queue, refreshed when the folder
 // changes on disk. Outside editing a tap on a folder offers a new list for it to the delegate and
 // a tap on any other item reports its URL; while editing, taps select. Per-item actions come from
-// the row's context menu (long press or right click), limited to the available-actions mask.
+// an action sheet of the row (long press or right click), limited to the available-actions mask.
 // Touch and mouse drags scroll kinetically.
 class DocumentListController : public ViewController {
     Q_OBJECT

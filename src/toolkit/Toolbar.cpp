@@ -109,7 +109,7 @@ void Toolbar::update(BarButtonItem* item) {
     button->setIconSize(QSize(22, 22));
     button->setToolButtonStyle(item->title().isEmpty() ? Qt::ToolButtonIconOnly
                                                        : Qt::ToolButtonTextOnly);
-    button->setAccessibleName(item->title());
+    button->setAccessibleName(item->accessibleName());
     QFont font = button->font();
     font.setBold(item->style() == BarButtonItem::Style::Done);
     button->setFont(font);

@@ -105,13 +105,9 @@ def right_click(node):
     click(node, "3")
 
 
-def choose_from_menu(position):
-    """Picks an entry of the per-item menu just opened, by keyboard: Qt's popup menus are
-    windows of their own that the accessibility tree does not list."""
-    for _ in range(position + 1):
-        subprocess.run(["xdotool", "key", "Down"], check=True)
-    subprocess.run(["xdotool", "key", "Return"], check=True)
-    time.sleep(0.6)
+def choose_from_menu(name):
+    """Picks an entry of the per-item action sheet just opened."""
+    click(find("push button", name))
 
 
 def enabled(node):
@@ -207,9 +203,8 @@ for name in ("Packing List.txt", "Budget 2024.csv"):
 # Into Trips: rename one, keeping its extension.
 click(find("list item", "Trips"))
 find("list item", "Packing List.txt")
-# The menu offers "Rename Item…" and "Delete", in that order.
 right_click(find("list item", "Packing List.txt"))
-choose_from_menu(0)
+choose_from_menu("Rename Item\u2026")
 field = find("text", "the prompt's field", match=lambda n: n != "Search")
 click(field)
 subprocess.run(["xdotool", "key", "ctrl+a", "BackSpace"], check=True)
@@ -222,7 +217,7 @@ expect_no_item("Documents/Trips/Packing List.txt")
 
 # Delete one with the warning.
 right_click(find("list item", "Budget 2024.csv"))
-choose_from_menu(1)
+choose_from_menu("Delete")
 find("label", "\"Budget 2024.csv\" will be permanently deleted from Vellora on all your "
      "devices. This action cannot be undone.")
 shoot("delete-warning.png")

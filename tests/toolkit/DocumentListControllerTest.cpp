@@ -4,6 +4,8 @@
 #include "platform/cloud/CloudDocuments.h"
 #include "platform/cloud/KeyValueStore.h"
 #include "platform/dispatch/VirtualDispatcher.h"
+#include "toolkit/AlertAction.h"
+#include "toolkit/AlertController.h"
 #include "toolkit/BarButtonItem.h"
 #include "toolkit/DocumentListController.h"
 #include "toolkit/DocumentListControllerDelegate.h"
@@ -210,6 +212,29 @@ TEST_F(DocumentListControllerTest, PerItemActionsFollowTheAvailableMask) {
     recorder->refused = DocumentListController::Delete;
     EXPECT_FALSE(list->requestAction(DocumentListController::Delete, item));
     EXPECT_EQ(recorder->actions.size(), 2);
+
+    // A right click offers the rest as an action sheet whose buttons a screen reader finds.
+    list->view()->resize(400, 600);
+    list->view()->show();
+    emit list->listView()->customContextMenuRequested(
+        list->listView()->visualRect(list->listView()->model()->index(0, 0)).center());
+    const auto sheet = std::dynamic_pointer_cast<AlertController>(list->presentedViewController());
+    ASSERT_NE(sheet, nullptr);
+    QStringList titles;
+    for (const auto& action : sheet->actions()) {
+        titles << action->title();
+    }
+    EXPECT_EQ(titles, (QStringList{QStringLiteral("Actions…"), QStringLiteral("Rename Item…"),
+                                   QStringLiteral("Cancel")}));
+    sheet->triggerAction(sheet->actions().at(1));
+    // The handler runs once the sheet has slid away.
+    for (QDeadlineTimer deadline(3000); recorder->actions.size() == 2 && !deadline.hasExpired();) {
+        dispatch->runUntilIdle();
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    EXPECT_FALSE(list->presentedViewController());
+    EXPECT_EQ(recorder->actions.last(),
+              (std::pair<int, Url>{DocumentListController::Rename, item}));
 }
 
 TEST_F(DocumentListControllerTest, HierarchyRunsFromTheRootDownToTheFolder) {

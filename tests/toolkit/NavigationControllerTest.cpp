@@ -129,8 +129,15 @@ TEST_F(NavigationControllerTest, BarsShowTheTopControllersItems) {
     auto trash = BarButtonItem::withSystemItem(BarButtonItem::SystemItem::Trash);
     a->setToolbarItems({space, trash, space});
     EXPECT_EQ(nav->toolbar()->items().size(), 3);
-    EXPECT_NE(nav->toolbar()->widgetForItem(trash), nullptr);
+    ASSERT_NE(nav->toolbar()->widgetForItem(trash), nullptr);
     EXPECT_EQ(nav->toolbar()->widgetForItem(space), nullptr);
+    // An icon button is named for a screen reader by what it does.
+    EXPECT_EQ(nav->toolbar()->widgetForItem(trash)->accessibleName(), QStringLiteral("Delete"));
+    auto share = BarButtonItem::withSystemItem(BarButtonItem::SystemItem::Action);
+    a->navigationItem()->setRightBarButtonItem(share);
+    ASSERT_NE(nav->navigationBar()->widgetForItem(share), nullptr);
+    EXPECT_EQ(nav->navigationBar()->widgetForItem(share)->accessibleName(),
+              QStringLiteral("Share"));
     nav->setToolbarHidden(true);
     EXPECT_TRUE(nav->isToolbarHidden());
     EXPECT_FALSE(nav->toolbar()->isVisibleTo(nav->view()));
