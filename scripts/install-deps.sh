@@ -8,6 +8,8 @@ packages=(
   clang-14 libclang-rt-14-dev clang-format
   qt6-base-dev qt6-base-dev-tools qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
   qt6-svg-dev libgl-dev
+  qt6-pdf-dev qt6-multimedia-dev qt6-image-formats-plugins
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
   libgtest-dev libgmock-dev libbenchmark-dev libspdlog-dev
   libsystemd-dev libicu-dev libglib2.0-dev shared-mime-info
   xvfb xauth x11-apps imagemagick xdotool x11vnc iproute2 qt6-wayland weston

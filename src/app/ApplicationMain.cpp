@@ -8,6 +8,7 @@
 #include "drive/store/DriveHome.h"
 #include "logging/VLLogging.h"
 #include "logging/VLSLSClient.h"
+#include "model/PreviewCapability.h"
 #include "platform/app/ApplicationStateBridge.h"
 #include "platform/app/ManagedPreferencesWatcher.h"
 #include "platform/app/NotificationCenter.h"
@@ -15,6 +16,7 @@
 #include "platform/app/TerminationSignals.h"
 #include "platform/dispatch/Dispatch.h"
 #include "platform/text/Strings.h"
+#include "toolkit/PreviewController.h"
 
 #include <QApplication>
 
@@ -43,6 +45,8 @@ int ApplicationMain::run(int argc, char** argv) {
     Strings::install();
     const std::shared_ptr<DriveService> drive = DriveService::install(DriveHome::defaultPath());
     ApplicationStateBridge::install();
+    // Items say they can be previewed exactly when the quick preview has a view for them.
+    PreviewCapability::setPredicate(&PreviewController::canPreviewItem);
     ManagedPreferencesWatcher managedPreferences(
         {Preferences::standard().filePath(), VLSLSClient::markerFilePath()});
 

@@ -30,7 +30,7 @@ bool PreviewCapability::canPreviewItem(const Url& url, std::optional<bool> isFol
         std::lock_guard lock(predicateMutex);
         predicate = installedPredicate;
     }
-    return predicate ? (*predicate)(url) : defaultCanPreviewItem(url, isFolder);
+    return predicate ? (*predicate)(url, isFolder) : defaultCanPreviewItem(url, isFolder);
 }
 
 void PreviewCapability::setPredicate(Predicate predicate) {

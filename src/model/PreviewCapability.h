@@ -8,11 +8,13 @@
 namespace vl {
 
 // Whether the quick-preview controller can render a URL. The controller belongs to the UI
-// toolkit, which installs its own test at start-up; until then the default answers by content
-// type: images, movies, audio, PDF and plain text, never folders.
+// toolkit, and the app installs the controller's own test at start-up, so that an item says it
+// can be previewed exactly when the preview has a view for it; until then the default answers
+// by content type: images, movies, audio, PDF and plain text, never folders.
 class PreviewCapability {
 public:
-    using Predicate = std::function<bool(const Url& url)>;
+    // isFolder, when the caller has just read it, spares the test a look at the disk.
+    using Predicate = std::function<bool(const Url& url, std::optional<bool> isFolder)>;
 
     PreviewCapability() = delete;
 

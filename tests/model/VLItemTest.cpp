@@ -250,7 +250,8 @@ TEST_F(VLItemTest, RefusedReadKeepsTheClearedRecord) {
 }
 
 TEST_F(VLItemTest, PreviewTestCanBeReplacedAndInitIsRefused) {
-    PreviewCapability::setPredicate([](const Url& url) { return url.pathExtension() == "zip"; });
+    PreviewCapability::setPredicate(
+        [](const Url& url, std::optional<bool>) { return url.pathExtension() == "zip"; });
     EXPECT_TRUE(VLItem::initWithURL(writeFile(QStringLiteral("a.zip")))->canPreview());
     EXPECT_FALSE(VLItem::initWithURL(writeFile(QStringLiteral("a.jpg")))->canPreview());
     PreviewCapability::setPredicate({});
