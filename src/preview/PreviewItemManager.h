@@ -9,6 +9,7 @@
 namespace vl {
 
 class BarButtonItem;
+class DocumentInteractionController;
 class NavigationController;
 class PreviewBaseViewController;
 class PreviewDetailsViewController;
@@ -39,6 +40,15 @@ public:
         return detailsViewController_;
     }
 
+    // The share sheet's controller, kept alive while its sheet is shown.
+    const std::shared_ptr<DocumentInteractionController>& documentInteractionController() const {
+        return documentInteractionController_;
+    }
+    void setDocumentInteractionController(
+        const std::shared_ptr<DocumentInteractionController>& controller) {
+        documentInteractionController_ = controller;
+    }
+
     std::shared_ptr<PreviewDetailsViewController> createDetailsViewController();
     // A screen this manager made goes away: it is forgotten.
     void viewControllerWillDisappear(const std::shared_ptr<ViewController>& controller);
@@ -55,6 +65,7 @@ private:
     int mode_ = PreviewModePreview;
     std::weak_ptr<NavigationController> navigationController_;
     std::shared_ptr<PreviewDetailsViewController> detailsViewController_;
+    std::shared_ptr<DocumentInteractionController> documentInteractionController_;
 };
 
 }  // namespace vl
