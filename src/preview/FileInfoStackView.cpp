@@ -100,6 +100,8 @@ void FileInfoStackView::setItem(const std::shared_ptr<VLItem>& item) {
         FileInfoCell* cell = addCellValueMaxLines(text("Tags"), QString(), 1);
         cell->valueLabel()->setTextFormat(Qt::RichText);
         cell->valueLabel()->setText(*tags);
+        // Still one line, but the dots make it taller than a line of text: the text decides.
+        cell->valueLabel()->setMaximumHeight(QWIDGETSIZE_MAX);
     }
     updateGeometry();
     if (width() > 0) {

@@ -1,10 +1,12 @@
 #include "preview/PreviewBaseViewController.h"
 
+#include "fileops/LaunchUtils.h"
 #include "fileops/UIUtils.h"
 #include "logging/VLLogging.h"
 #include "model/VLItem.h"
 #include "preview/PreviewItemManager.h"
 #include "toolkit/BarButtonItem.h"
+#include "toolkit/DocumentInteractionController.h"
 #include "toolkit/NavigationController.h"
 #include "toolkit/NavigationItem.h"
 #include "toolkit/Window.h"
@@ -61,7 +63,7 @@ void PreviewBaseViewController::viewWillDisappear(bool animated) {
 void PreviewBaseViewController::refreshItem() {
     const auto manager = itemManager();
     const bool hasURL = manager && manager->item() && !manager->item()->url().isEmpty();
-    for (const auto& button : {barButtonDeleteItem_, barButtonMoveItem_}) {
+    for (const auto& button : {barButtonActionItem_, barButtonDeleteItem_, barButtonMoveItem_}) {
         if (button) {
             button->setEnabled(hasURL);
         }
@@ -193,30 +195,41 @@ void PreviewBaseViewController::configureButtons() {
             screen->showWarningAndDeleteDocument();
         }
     });
-    openInAppItem_.reset();
-    if (QPushButton* button = openInAppNavControllerButton()) {
-        connect(
-            button, &QPushButton::clicked, this, [this] { openInDefaultApp(); },
-            Qt::UniqueConnection);
+    barButtonActionItem_ = BarButtonItem::withSystemItem(BarButtonItem::SystemItem::Action);
+    barButtonActionItem_->setAction([weak = weak_from_this()](const auto&) {
+        if (const auto screen = std::static_pointer_cast<PreviewBaseViewController>(weak.lock())) {
+            screen->showDocumentActivities();
+        }
+    });
+    // The bar item owns its button and deletes it when it goes: a later appearance keeps it.
+    QPushButton* button = openInAppNavControllerButton();
+    if (!button) {
+        openInAppItem_.reset();
+    } else if (!openInAppItem_ || openInAppItem_->customView() != button) {
+        connect(button, &QPushButton::clicked, this, &PreviewBaseViewController::openInDefaultApp,
+                Qt::UniqueConnection);
         button->adjustSize();
         openInAppItem_ = BarButtonItem::withCustomView(button);
     }
     const auto manager = itemManager();
     const bool hasURL = manager && manager->item() && !manager->item()->url().isEmpty();
-    barButtonMoveItem_->setEnabled(hasURL);
-    barButtonDeleteItem_->setEnabled(hasURL);
+    for (const auto& item : {barButtonActionItem_, barButtonDeleteItem_, barButtonMoveItem_}) {
+        item->setEnabled(hasURL);
+    }
 
     const auto nav = navigationController();
     if (UIUtils::slateMode()) {
         auto fixed = BarButtonItem::withSystemItem(BarButtonItem::SystemItem::FixedSpace);
         fixed->setWidth(0);
-        navigationItem()->setRightBarButtonItems({barButtonDeleteItem_, fixed, barButtonMoveItem_});
+        navigationItem()->setRightBarButtonItems(
+            {barButtonActionItem_, fixed, barButtonDeleteItem_, fixed, barButtonMoveItem_});
         setToolbarItems({});
         if (nav) {
             nav->setToolbarHidden(true);
         }
     } else {
-        setToolbarItems({BarButtonItem::withSystemItem(BarButtonItem::SystemItem::FlexibleSpace),
+        setToolbarItems({barButtonActionItem_,
+                         BarButtonItem::withSystemItem(BarButtonItem::SystemItem::FlexibleSpace),
                          barButtonDeleteItem_,
                          BarButtonItem::withSystemItem(BarButtonItem::SystemItem::FlexibleSpace),
                          barButtonMoveItem_});
@@ -286,8 +299,12 @@ bool PreviewBaseViewController::eventFilter(QObject* watched, QEvent* event) {
 // --- Actions ---
 
 void PreviewBaseViewController::openInDefaultApp() {
-    // The default app is asked for by the open-in button's owner; without one there is none.
-    VLLOG(6, "Open in default app requested without a default app");
+    const auto manager = itemManager();
+    if (!manager || !manager->item()) {
+        return;
+    }
+    LaunchUtils::openInDefaultAppRequireOpenInWithCompletionBlock(manager->item()->url(), true,
+                                                                  [](bool) {});
 }
 
 void PreviewBaseViewController::showWarningAndDeleteDocument() {
@@ -300,6 +317,22 @@ void PreviewBaseViewController::showMoveTarget() {
     if (const auto manager = itemManager()) {
         manager->showMoveTarget(shared_from_this());
     }
+}
+
+void PreviewBaseViewController::showDocumentActivities() {
+    const auto manager = itemManager();
+    if (!manager || !manager->item() || manager->item()->url().isEmpty()) {
+        return;
+    }
+    const Url url = manager->item()->resolvedURL();
+    if (!url.isFileURL()) {
+        VLLOG(4, "showDocumentActivities: url is wrong class: %@", url);
+        return;
+    }
+    VLLOG(6, "showDocumentActivities: %@", url);
+    const auto controller = DocumentInteractionController::interactionControllerWithURL(url);
+    manager->setDocumentInteractionController(controller);
+    controller->presentOptionsMenuFromBarButtonItemAnimated(barButtonActionItem_, true);
 }
 
 }  // namespace vl

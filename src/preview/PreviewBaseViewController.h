@@ -19,7 +19,7 @@ namespace vl {
 class PreviewItemManager;
 
 // The common base of the app's own preview screens: a white page with an inset content area
-// (`wrapperView`) whose margins follow the size classes, the Delete and Move buttons in the
+// (`wrapperView`) whose margins follow the size classes, the Share, Delete and Move buttons in the
 // toolbar (phone) or the navigation bar (tablet), the link back to the screen's manager, and the
 // following of the item's published download progress. Main thread only, except the progress
 // calls, which may come from any thread.
@@ -51,6 +51,9 @@ public:
     int mode() const { return mode_; }
     void setMode(int mode) { mode_ = mode; }
 
+    const std::shared_ptr<BarButtonItem>& barButtonActionItem() const {
+        return barButtonActionItem_;
+    }
     const std::shared_ptr<BarButtonItem>& barButtonDeleteItem() const {
         return barButtonDeleteItem_;
     }
@@ -82,6 +85,7 @@ public:
     void openInDefaultApp();
     void showWarningAndDeleteDocument();
     void showMoveTarget();
+    void showDocumentActivities();
 
     void viewWillAppear(bool animated) override;
     void viewWillDisappear(bool animated) override;
@@ -103,6 +107,7 @@ private:
     int mode_ = 0;
     QMargins margins_;
     bool constraintsSetUp_ = false;
+    std::shared_ptr<BarButtonItem> barButtonActionItem_;
     std::shared_ptr<BarButtonItem> barButtonDeleteItem_;
     std::shared_ptr<BarButtonItem> barButtonMoveItem_;
     std::shared_ptr<BarButtonItem> openInAppItem_;

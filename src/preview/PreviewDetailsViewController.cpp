@@ -1,9 +1,12 @@
 #include "preview/PreviewDetailsViewController.h"
 
+#include "fileops/LaunchUtils.h"
 #include "fileops/RenamePrompt.h"
 #include "fileops/UIUtils.h"
 #include "model/VLItem.h"
 #include "platform/dispatch/Dispatch.h"
+#include "platform/text/Format.h"
+#include "platform/text/Strings.h"
 #include "preview/FileInfoStackView.h"
 #include "preview/PreviewItemManager.h"
 #include "preview/ThumbnailImageView.h"
@@ -37,8 +40,17 @@ PreviewDetailsViewController::~PreviewDetailsViewController() = default;
 
 void PreviewDetailsViewController::viewDidLoad() {
     PreviewBaseViewController::viewDidLoad();
-    // The app that opens the item in place would give the button its title; without one there is
-    // no button.
+    const auto manager = itemManager();
+    const std::shared_ptr<VLItem> item = manager ? manager->item() : nullptr;
+    if (item && !item->url().isEmpty()) {
+        if (const std::optional<QString> app =
+                LaunchUtils::defaultAppNameForDocumentRequireOpenIn(item->url(), true)) {
+            openInAppButton_ =
+                new QPushButton(vl::format(Strings::localized("Open in “%@”"), *app));
+            openInAppButton_->setObjectName(QStringLiteral("openInApp"));
+            openInAppButton_->setAccessibleName(openInAppButton_->text());
+        }
+    }
     setupViewsAndConstraints();
 }
 
@@ -95,7 +107,9 @@ void PreviewDetailsViewController::setupViewsAndConstraints() {
         auto* third = new HairlineView;
         hairlineViews_.append(third);
         openInAppButton_->setFont(titleFont());
-        connect(openInAppButton_, &QPushButton::clicked, this, [this] { openInDefaultApp(); });
+        openInAppButton_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+        connect(openInAppButton_, &QPushButton::clicked, this,
+                &PreviewBaseViewController::openInDefaultApp);
         details << third << openInAppButton_;
     }
     fileDetailsView_ = buildVerticalStackWithSubviewsSpacing(details, kStackSpacing);

@@ -1,4 +1,5 @@
 #include "../model/DriveFixture.h"
+#include "RecordingDesktopApplications.h"
 
 #include "fileops/FileUtils.h"
 #include "fileops/RenamePrompt.h"
@@ -12,9 +13,11 @@
 #include "services/FileTags.h"
 #include "toolkit/AlertController.h"
 #include "toolkit/BarButtonItem.h"
+#include "toolkit/DocumentInteractionController.h"
 #include "toolkit/HairlineView.h"
 #include "toolkit/NavigationController.h"
 #include "toolkit/NavigationItem.h"
+#include "toolkit/PopoverPresentationController.h"
 #include "toolkit/TextField.h"
 #include "toolkit/ViewController.h"
 #include "toolkit/Window.h"
@@ -24,6 +27,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QPushButton>
 
 namespace vl::test {
 namespace {
@@ -40,8 +44,15 @@ protected:
                                                    QVariantMap{{"n", "Home"}, {"l", 2}}}}},
             FileTags::TagDictionaryKey);
         FileTags::tagColorsDidChange();
+        // No application installed on this machine decides what a screen offers.
+        apps = std::make_shared<RecordingDesktopApplications>();
+        apps->setDefault("text/plain", "org.example.Notes", "Notes", true);
+        apps->setDefault("application/pdf", "org.example.Launcher", "Launcher", false);
+        apps->setDefault("image/png", "org.example.Viewer", "Photo Viewer", true);
+        DesktopApplications::setShared(apps);
     }
     void TearDown() override {
+        DesktopApplications::setShared(nullptr);
         window.reset();
         screen.reset();
         manager.reset();
@@ -49,6 +60,10 @@ protected:
         DriveFixture::TearDown();
     }
     void show(const Url& url, QSize size, int mode = 1) {
+        window.reset();
+        screen.reset();
+        manager.reset();
+        dispatch->runUntilIdle();
         window = std::make_unique<Window>(QRect(QPoint(0, 0), size));
         auto root = std::make_shared<ViewController>();
         nav = std::make_shared<NavigationController>(root);
@@ -92,6 +107,7 @@ protected:
         }
     }
 
+    std::shared_ptr<RecordingDesktopApplications> apps;
     VirtualDispatcher::Installation dispatch;
     std::unique_ptr<Window> window;
     std::shared_ptr<NavigationController> nav;
@@ -122,6 +138,19 @@ TEST_F(PreviewDetailsTest, ShowsKindSizeWhereDatesAndTagsWithEqualNameWidths) {
     }
     EXPECT_EQ(widths.size(), 1);
     EXPECT_EQ(screen->hairlineViews().size(), 2);
+
+    // The dots make the tags' line taller than text: the row is as high as its content and the
+    // rows keep their spacing.
+    const QList<FileInfoCell*> cells = screen->fileInfoView()->cells();
+    const QLabel* tagsValue = cells.last()->valueLabel();
+    EXPECT_GT(tagsValue->sizeHint().height(), QFontMetrics(FileInfoCell::font()).lineSpacing());
+    EXPECT_GE(tagsValue->height(), tagsValue->sizeHint().height());
+    EXPECT_GE(cells.last()->height(), tagsValue->height());
+    for (qsizetype i = 1; i < cells.size(); ++i) {
+        EXPECT_EQ(cells[i]->y() - cells[i - 1]->geometry().bottom() - 1, 10) << i;
+    }
+    EXPECT_LE(cells.last()->mapTo(window.get(), QPoint(0, cells.last()->height())).y(),
+              window->height());
 }
 
 TEST_F(PreviewDetailsTest, DatesFallBackToShorterStylesInANarrowColumnAndComeBackWhenWide) {
@@ -248,6 +277,72 @@ TEST_F(PreviewDetailsTest, ProgressChunksDecideTheLogLevelNotTheUpdate) {
     EXPECT_EQ(steps(7), QList<int>({4, 6}));
     progress->unpublish();
     EXPECT_FALSE(screen->isSubscribedToProgress());
+}
+
+TEST_F(PreviewDetailsTest, OpenInButtonOnlyForAnAppThatOpensInPlaceAndItOpensTheDocument) {
+    const Url notes = writeFile("Plans.txt");
+    show(notes, QSize(390, 844));
+    QPushButton* button = screen->openInAppButton();
+    ASSERT_NE(button, nullptr);
+    EXPECT_EQ(button->text(), "Open in “Notes”");
+    EXPECT_EQ(button->accessibleName(), button->text());
+    // On a phone it is the navigation bar's right item, not a part of the page.
+    EXPECT_FALSE(screen->shouldDisplayOpenInAppButtonInView());
+    EXPECT_EQ(screen->navigationItem()->rightBarButtonItem(), screen->openInAppBarButtonItem());
+    EXPECT_EQ(screen->openInAppBarButtonItem()->customView(), button);
+    EXPECT_EQ(screen->hairlineViews().size(), 2);
+    // Appearing again keeps the one button and its one action.
+    screen->viewWillAppear(false);
+    ASSERT_EQ(screen->openInAppButton(), button);
+    button->click();
+    ASSERT_EQ(apps->launches().size(), 1);
+    EXPECT_EQ(apps->launches()[0].application, "org.example.Notes");
+    EXPECT_EQ(apps->launches()[0].urls, QList<Url>{notes});
+    EXPECT_TRUE(logged(6).contains("Opening document " + notes.description() + " in default app"));
+
+    // No button for an app that can't open the document in place, nor for a picture in the
+    // user's own folders, which the app previews itself.
+    for (const char* name : {"Report.pdf", "Photos/cat.png"}) {
+        show(writeFile(name), QSize(390, 844));
+        EXPECT_EQ(screen->openInAppButton(), nullptr) << name;
+        EXPECT_EQ(screen->navigationItem()->rightBarButtonItem(), nullptr);
+    }
+
+    // On a tablet it stands under a third hairline in the page.
+    show(notes, QSize(1024, 768));
+    ASSERT_NE(screen->openInAppButton(), nullptr);
+    EXPECT_TRUE(screen->shouldDisplayOpenInAppButtonInView());
+    EXPECT_TRUE(screen->view()->isAncestorOf(screen->openInAppButton()));
+    EXPECT_EQ(screen->openInAppBarButtonItem(), nullptr);
+    EXPECT_EQ(screen->hairlineViews().size(), 3);
+    screenshot("details-tablet.png");
+    screen->openInAppButton()->click();
+    EXPECT_EQ(apps->launches().size(), 2);
+}
+
+TEST_F(PreviewDetailsTest, ShareShowsTheSheetFromItsBarButtonAndKeepsItsController) {
+    const Url url = writeFile("Plans.txt");
+    show(url, QSize(390, 844));
+    const auto share = screen->barButtonActionItem();
+    ASSERT_TRUE(share);
+    EXPECT_EQ(screen->toolbarItems().value(0), share);
+    share->trigger();
+    const auto controller = manager->documentInteractionController();
+    ASSERT_TRUE(controller);
+    EXPECT_EQ(controller->URL(), manager->item()->resolvedURL());
+    const auto menu = controller->optionsMenu();
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(nav->presentedViewController(), menu);
+    EXPECT_EQ(menu->popoverPresentationController()->barButtonItem(), share);
+    EXPECT_TRUE(logged(6).contains("showDocumentActivities: " + url.description()));
+
+    // On a tablet Share leads the navigation bar's items; without an item URL it is disabled.
+    show(url, QSize(1024, 768));
+    EXPECT_EQ(screen->navigationItem()->rightBarButtonItems().value(0),
+              screen->barButtonActionItem());
+    manager->setItemWithoutPreview(nullptr);
+    screen->refreshItem();
+    EXPECT_FALSE(screen->barButtonActionItem()->isEnabled());
 }
 
 }  // namespace
