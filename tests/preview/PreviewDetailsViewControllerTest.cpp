@@ -333,6 +333,8 @@ TEST_F(PreviewDetailsTest, ShareShowsTheSheetFromItsBarButtonAndKeepsItsControll
     const auto menu = controller->optionsMenu();
     ASSERT_TRUE(menu);
     EXPECT_EQ(nav->presentedViewController(), menu);
+    QApplication::processEvents();
+    screenshot("details-share.png");
     EXPECT_EQ(menu->popoverPresentationController()->barButtonItem(), share);
     EXPECT_TRUE(logged(6).contains("showDocumentActivities: " + url.description()));
 
