@@ -17,6 +17,7 @@ namespace vl {
 namespace {
 
 constexpr double maximumScale = 8.0;
+const QColor backdrop(0x11, 0x11, 0x13);
 
 }  // namespace
 
@@ -37,8 +38,11 @@ PreviewImageCanvas::PreviewImageCanvas(QWidget* parent) : QAbstractScrollArea(pa
     properties.setScrollMetric(QScrollerProperties::VerticalOvershootPolicy,
                                QScrollerProperties::OvershootAlwaysOff);
     QScroller::scroller(viewport())->setScrollerProperties(properties);
+    // A picture viewer's near-black. The scroll area's viewport fills with the Base role, not
+    // Window, so both are set.
     QPalette palette = viewport()->palette();
-    palette.setColor(QPalette::Window, QColor(0x11, 0x11, 0x13));
+    palette.setColor(QPalette::Window, backdrop);
+    palette.setColor(QPalette::Base, backdrop);
     viewport()->setPalette(palette);
     viewport()->setAutoFillBackground(true);
 }

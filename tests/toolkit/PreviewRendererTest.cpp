@@ -71,6 +71,8 @@ TEST_F(PreviewRendererTest, PictureTextAndPdfDrawContentAndSayWhatTheyShow) {
         file("photo.jpg", PreviewFiles::jpeg(PreviewFiles::halves({600, 400}))), {}));
     ASSERT_TRUE(image->isReady()) << image->failureMessage().toStdString();
     EXPECT_GT(inkedPixels(image), 1000);
+    // The picture is letterboxed on a viewer's near-black, not on the app's white.
+    EXPECT_LT(qGray(image->grab().toImage().pixel(2, 2)), 40);
     EXPECT_EQ(image->canvas()->accessibleDescription(),
               QStringLiteral("Picture, 600 × 400 pixels"));
     delete image;
