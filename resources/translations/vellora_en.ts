@@ -491,5 +491,156 @@
         <extracomment>Spoken name of an icon button that takes a picture.</extracomment>
         <translation>Camera</translation>
     </message>
+    <!-- Quick preview -->
+    <message id="“%@” Can’t Be Previewed">
+        <source>“%@” Can’t Be Previewed</source>
+        <extracomment>Heading of the quick preview when a file can’t be shown. %@ is the file’s name.</extracomment>
+        <translation>“%@” Can’t Be Previewed</translation>
+    </message>
+    <message id="Warning">
+        <source>Warning</source>
+        <extracomment>Spoken name of the warning icon above that heading.</extracomment>
+        <translation>Warning</translation>
+    </message>
+    <message id="The file can’t be read.">
+        <source>The file can’t be read.</source>
+        <extracomment>Reason under that heading when nothing more precise is known.</extracomment>
+        <translation>The file can’t be read.</translation>
+    </message>
+    <message id="The file can’t be found.">
+        <source>The file can’t be found.</source>
+        <extracomment>Reason under that heading: the file is gone.</extracomment>
+        <translation>The file can’t be found.</translation>
+    </message>
+    <message id="No Document">
+        <source>No Document</source>
+        <extracomment>Shown in the quick preview when there is no file to show.</extracomment>
+        <translation>No Document</translation>
+    </message>
+    <message id="Previous">
+        <source>Previous</source>
+        <extracomment>Spoken name of the quick preview’s button that shows the previous file.</extracomment>
+        <translation>Previous</translation>
+    </message>
+    <message id="Next">
+        <source>Next</source>
+        <extracomment>Spoken name of the quick preview’s button that shows the next file.</extracomment>
+        <translation>Next</translation>
+    </message>
+    <message id="%d of %d">
+        <source>%d of %d</source>
+        <extracomment>Position of the shown file in the quick preview’s list: “3 of 12”.</extracomment>
+        <translation>%d of %d</translation>
+    </message>
+    <message id="Folder">
+        <source>Folder</source>
+        <extracomment>Kind of item on the quick preview’s page for a folder.</extracomment>
+        <translation>Folder</translation>
+    </message>
+    <message id="Document">
+        <source>Document</source>
+        <extracomment>Kind of item on the quick preview’s page for a file of no known type.</extracomment>
+        <translation>Document</translation>
+    </message>
+    <message id="%@, %@">
+        <source>%@, %@</source>
+        <extracomment>Spoken description of that page: the kind, then the size (“PNG image, 2.1 MB”).</extracomment>
+        <translation>%@, %@</translation>
+    </message>
+    <message id="1 byte">
+        <source>1 byte</source>
+        <extracomment>Size of a file of one byte.</extracomment>
+        <translation>1 byte</translation>
+    </message>
+    <message id="%lld bytes">
+        <source>%lld bytes</source>
+        <extracomment>Size of a file under a kilobyte. %lld is the number of bytes.</extracomment>
+        <translation>%lld bytes</translation>
+    </message>
+    <message id="Picture, %d × %d pixels">
+        <source>Picture, %d × %d pixels</source>
+        <extracomment>Spoken description of a picture in the quick preview: its width and height.</extracomment>
+        <translation>Picture, %d × %d pixels</translation>
+    </message>
+    <message id="The picture can’t be read (%@).">
+        <source>The picture can’t be read (%@).</source>
+        <extracomment>Reason a picture can’t be previewed. %@ is the reader’s own explanation.</extracomment>
+        <translation>The picture can’t be read (%@).</translation>
+    </message>
+    <message id="unknown format">
+        <source>unknown format</source>
+        <extracomment>Put in the sentence above when the reader gives no explanation.</extracomment>
+        <translation>unknown format</translation>
+    </message>
+    <message id="It isn’t a valid PDF document.">
+        <source>It isn’t a valid PDF document.</source>
+        <extracomment>Reason a PDF can’t be previewed: it is damaged or not a PDF.</extracomment>
+        <translation>It isn’t a valid PDF document.</translation>
+    </message>
+    <message id="The document is protected by a password.">
+        <source>The document is protected by a password.</source>
+        <extracomment>Reason a PDF can’t be previewed.</extracomment>
+        <translation>The document is protected by a password.</translation>
+    </message>
+    <message id="The document’s protection isn’t supported.">
+        <source>The document’s protection isn’t supported.</source>
+        <extracomment>Reason a PDF can’t be previewed: it is encrypted in a way that can’t be opened.</extracomment>
+        <translation>The document’s protection isn’t supported.</translation>
+    </message>
+    <message id="The document has no pages.">
+        <source>The document has no pages.</source>
+        <extracomment>Reason a PDF can’t be previewed.</extracomment>
+        <translation>The document has no pages.</translation>
+    </message>
+    <message id="PDF document, 1 page">
+        <source>PDF document, 1 page</source>
+        <extracomment>Spoken description of a one-page PDF in the quick preview.</extracomment>
+        <translation>PDF document, 1 page</translation>
+    </message>
+    <message id="PDF document, %d pages">
+        <source>PDF document, %d pages</source>
+        <extracomment>Spoken description of a PDF in the quick preview. %d is the number of pages (2 or more).</extracomment>
+        <translation>PDF document, %d pages</translation>
+    </message>
+    <message id="Page %d of %d">
+        <source>Page %d of %d</source>
+        <extracomment>Label under a PDF in the quick preview: the page at the top and the number of pages.</extracomment>
+        <translation>Page %d of %d</translation>
+    </message>
+    <message id="It isn’t a text file.">
+        <source>It isn’t a text file.</source>
+        <extracomment>Reason a text file can’t be previewed: it holds binary data.</extracomment>
+        <translation>It isn’t a text file.</translation>
+    </message>
+    <message id="Showing the first %@ of the file.">
+        <source>Showing the first %@ of the file.</source>
+        <extracomment>Note above a long text file in the quick preview. %@ is a size (“8 MB”).</extracomment>
+        <translation>Showing the first %@ of the file.</translation>
+    </message>
+    <message id="Play">
+        <source>Play</source>
+        <extracomment>Spoken name of the quick preview’s button that plays audio or video.</extracomment>
+        <translation>Play</translation>
+    </message>
+    <message id="Pause">
+        <source>Pause</source>
+        <extracomment>Spoken name of that button while the audio or video plays.</extracomment>
+        <translation>Pause</translation>
+    </message>
+    <message id="Position">
+        <source>Position</source>
+        <extracomment>Spoken name of the slider that shows and sets the playing position.</extracomment>
+        <translation>Position</translation>
+    </message>
+    <message id="%@ of %@">
+        <source>%@ of %@</source>
+        <extracomment>Spoken value of that slider: the position and the duration (“1:05 of 3:20”).</extracomment>
+        <translation>%@ of %@</translation>
+    </message>
+    <message id="The file can’t be played.">
+        <source>The file can’t be played.</source>
+        <extracomment>Reason audio or video can’t be previewed.</extracomment>
+        <translation>The file can’t be played.</translation>
+    </message>
 </context>
 </TS>

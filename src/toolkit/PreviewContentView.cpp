@@ -40,7 +40,7 @@ void PreviewContentView::showFailure(const QString& reason) {
         return;
     }
     VLLOG(4, "Can't preview %@: %@", url_, reason);
-    failure_ = reason.isEmpty() ? Strings::localized("The file can't be read.") : reason;
+    failure_ = reason.isEmpty() ? Strings::localized("The file can’t be read.") : reason;
     auto* page = new QWidget(this);
     page->setObjectName(QStringLiteral("previewFailure"));
     auto* layout = new QVBoxLayout(page);
