@@ -1,7 +1,7 @@
 // How long the quick preview takes to put a 24-megapixel JPEG and the first page of a 100-page PDF
-// on screen, against reading the same picture with QImageReader and rendering the same page with
-// QPdfDocument alone, in the same run. Targets: on screen within 300 ms, at most 1.5 times the
-// reference. The files are made here.
+// on screen, against reading the same picture with QImageReader at the size the first screen
+// needs and rendering the same page with QPdfDocument alone, in the same run. Targets: on screen
+// within 300 ms, at most 1.5 times the reference. The files are made here.
 
 #include "platform/files/Url.h"
 #include "toolkit/PreviewContentView.h"
@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QLinearGradient>
@@ -20,11 +21,14 @@
 #include <QPdfView>
 #include <QPdfWriter>
 #include <QRandomGenerator>
+#include <QScreen>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <utility>
 
 using namespace vl;
 
@@ -89,11 +93,17 @@ bool makeDocument(const QString& path) {
     return true;
 }
 
+// Runs the event loop until `done`. It sleeps between events (a 1 ms tick wakes it to look again)
+// rather than spinning: a spinning main thread would take one of the machine's cores from the
+// decoding thread it waits for, which the references never have to share.
 template <typename Done>
 bool waitFor(Done done, int milliseconds = 5000) {
     QDeadlineTimer deadline(milliseconds);
+    QTimer tick;
+    tick.start(1);
+    QEventLoop loop;
     while (!done() && !deadline.hasExpired()) {
-        QApplication::processEvents(QEventLoop::AllEvents, 1);
+        loop.processEvents(QEventLoop::WaitForMoreEvents);
     }
     return done();
 }
@@ -151,7 +161,10 @@ double readPicture(const QString& path, QSize scaled = {}) {
     QImageReader reader(path);
     reader.setAutoTransform(true);
     if (scaled.isValid()) {
-        reader.setScaledSize(reader.size().scaled(scaled, Qt::KeepAspectRatio));
+        const QSize stored = reader.size();
+        if (stored.width() > scaled.width() || stored.height() > scaled.height()) {
+            reader.setScaledSize(stored.scaled(scaled, Qt::KeepAspectRatio));
+        }
     }
     const QImage image = reader.read();
     return image.isNull() ? -1 : timer.nsecsElapsed() / 1e6;
@@ -169,17 +182,23 @@ double renderFirstPage(const QString& path) {
     return page.isNull() ? -1 : timer.nsecsElapsed() / 1e6;
 }
 
-template <typename Run>
-double best(Run run) {
+// The best of `runs` runs of each, the two taking turns so that both see the same load on a
+// shared machine. Negative when a run failed.
+template <typename Run, typename Reference>
+std::pair<double, double> bestOfBoth(Run run, Reference reference) {
     double fastest = -1;
+    double fastestReference = -1;
     for (int i = 0; i < runs; ++i) {
         const double ms = run();
-        if (ms < 0) {
-            return -1;
+        const double referenceMs = reference();
+        if (ms < 0 || referenceMs < 0) {
+            return {-1, -1};
         }
         fastest = fastest < 0 ? ms : std::min(fastest, ms);
+        fastestReference =
+            fastestReference < 0 ? referenceMs : std::min(fastestReference, referenceMs);
     }
-    return fastest;
+    return {fastest, fastestReference};
 }
 
 }  // namespace
@@ -197,32 +216,42 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    const double pictureReference = best([&] { return readPicture(photo); });
-    const double pictureScreenReference =
-        best([&] { return readPicture(photo, QSize(1280, 800)); });
-    const double picturePreview =
-        best([&] { return previewOnScreen(Url::fromPath(photo), false); });
-    const double pageReference = best([&] { return renderFirstPage(document); });
-    const double pagePreview = best([&] { return previewOnScreen(Url::fromPath(document), true); });
-    if (pictureReference < 0 || picturePreview < 0 || pageReference < 0 || pagePreview < 0) {
-        std::fprintf(stderr, "a run failed\n");
-        return 1;
-    }
+    // `photo` or `pdf` as the argument runs only that half (for a profiler).
+    const QString only = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString();
+    const bool photos = only.isEmpty() || only == QLatin1String("photo");
+    const bool pages = only.isEmpty() || only == QLatin1String("pdf");
 
+    // The fair reference for a picture is the decode the preview needs for its first screen: the
+    // same reader bounded to the screen's size in device pixels, as the controller asks for.
+    QScreen* screen = QGuiApplication::primaryScreen();
+    const QSize screenPixels = screen->size() * screen->devicePixelRatio();
     bool ok = true;
     const auto report = [&](const char* what, double preview, double reference) {
         const double ratio = preview / reference;
-        const bool pass = preview <= 300 && ratio <= 1.5;
+        const bool pass = preview >= 0 && reference >= 0 && preview <= 300 && ratio <= 1.5;
         ok = ok && pass;
         std::printf(
             "%-34s preview %7.1f ms  reference %7.1f ms  ratio %.2f (target <= 1.5, "
             "<= 300 ms) %s\n",
             what, preview, reference, ratio, pass ? "ok" : "MISSED");
     };
-    std::printf("best of %d runs, 1280 x 800 view\n", runs);
-    report("24 MP JPEG on screen", picturePreview, pictureReference);
-    std::printf("%-34s %7.1f ms (QImageReader bounded to the screen, for comparison)\n", "",
-                pictureScreenReference);
-    report("first page of a 100-page PDF", pagePreview, pageReference);
+    std::printf("best of %d runs, 1280 x 800 view, screen %d x %d device pixels\n", runs,
+                screenPixels.width(), screenPixels.height());
+    if (photos) {
+        const auto [preview, reference] =
+            bestOfBoth([&] { return previewOnScreen(Url::fromPath(photo), false); },
+                       [&] { return readPicture(photo, screenPixels); });
+        report("24 MP JPEG on screen", preview, reference);
+        std::printf(
+            "%-34s reference: QImageReader bounded to the screen; a full decode takes "
+            "%.1f ms\n",
+            "", readPicture(photo));
+    }
+    if (pages) {
+        const auto [preview, reference] =
+            bestOfBoth([&] { return previewOnScreen(Url::fromPath(document), true); },
+                       [&] { return renderFirstPage(document); });
+        report("first page of a 100-page PDF", preview, reference);
+    }
     return ok ? 0 : 1;
 }
