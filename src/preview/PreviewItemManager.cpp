@@ -4,13 +4,80 @@
 #include "fileops/UIUtils.h"
 #include "logging/VLLogging.h"
 #include "model/VLItem.h"
+#include "preview/GlimpseItemController.h"
+#include "preview/PreviewBaseViewController.h"
 #include "preview/PreviewDetailsViewController.h"
-#include "toolkit/AlertAction.h"
-#include "toolkit/BarButtonItem.h"
+#include "toolkit/DocumentListController.h"
 #include "toolkit/DocumentTargetSelectionController.h"
 #include "toolkit/NavigationController.h"
 
+#include <QFileInfo>
+
 namespace vl {
+
+std::shared_ptr<PreviewItemManager> PreviewItemManager::create() {
+    return std::make_shared<PreviewItemManager>();
+}
+
+PreviewItemManager::PreviewItemManager() {
+    GlimpseItemController::defaultController();
+}
+
+PreviewItemManager::~PreviewItemManager() = default;
+
+void PreviewItemManager::setItem(const std::shared_ptr<VLItem>& item) {
+    setItemUpdatePreview(item, true);
+}
+
+void PreviewItemManager::previewItem(const std::shared_ptr<VLItem>& item) {
+    setItemUpdatePreview(item, true);
+}
+
+void PreviewItemManager::setItemUpdatePreview(const std::shared_ptr<VLItem>& item,
+                                              bool updatePreview) {
+    VLLOG(7, "Previewing %@", item ? item->url() : Url());
+    if (item && updatePreview) {
+        if (const std::shared_ptr<ViewController> screen = prepareToPreviewItem(item)) {
+            replaceLastViewController(screen);
+            finishPreviewingItem();
+        }
+        return;
+    }
+    item_ = item;
+}
+
+std::shared_ptr<ViewController> PreviewItemManager::prepareToPreviewItem(
+    const std::shared_ptr<VLItem>& item) {
+    item_ = item;
+    if (!item_ || item_->resolvedURL().path().isEmpty()) {
+        VLLOG(4, "no preview URL, nothing to show");
+        return nullptr;
+    }
+    modifiedDate_ = item_->contentModificationDate();
+    // A plain look at the disk: a cloud-only item has only its placeholder.
+    const bool exists = QFileInfo::exists(item_->resolvedURL().path());
+    detailsViewController_.reset();
+    std::shared_ptr<ViewController> screen;
+    if (mode_ != PreviewModePreview) {
+        screen = createDetailsViewController();
+    } else if (exists) {
+        screen = createGlimpseController();
+    } else {
+        VLLOG(6, "Preview: File doesn't exist, no screen for %@ until it is downloaded",
+              item_->url());
+        return nullptr;
+    }
+    if (exists) {
+        VLLOG(7, "Preview: File exists, using %@", screen->metaObject()->className());
+    } else {
+        VLLOG(7, "Preview: File doesn't exist, using %@", screen->metaObject()->className());
+    }
+    return screen;
+}
+
+void PreviewItemManager::finishPreviewingItem() {
+    // The automatic download of a cloud-only item starts here once its screen is on the stack.
+}
 
 std::shared_ptr<PreviewDetailsViewController> PreviewItemManager::createDetailsViewController() {
     auto controller = std::make_shared<PreviewDetailsViewController>();
@@ -20,63 +87,119 @@ std::shared_ptr<PreviewDetailsViewController> PreviewItemManager::createDetailsV
     return controller;
 }
 
+std::shared_ptr<ViewController> PreviewItemManager::createGlimpseController() {
+    const std::shared_ptr<GlimpseItemController> glimpse =
+        GlimpseItemController::defaultController();
+    glimpse->glimpseNewItem(shared_from_this());
+    return glimpse;
+}
+
+void PreviewItemManager::replaceLastViewController(
+    const std::shared_ptr<ViewController>& controller) {
+    const std::shared_ptr<NavigationController> navigation = navigationController();
+    if (!navigation || !controller) {
+        return;
+    }
+    QList<std::shared_ptr<ViewController>> stack = navigation->viewControllers();
+    const std::shared_ptr<ViewController> last = stack.isEmpty() ? nullptr : stack.last();
+    if (isPreviewControllerDisplayed(last)) {
+        if (last == controller) {
+            return;
+        }
+        stack.last() = controller;
+        navigation->setViewControllers(stack, false);
+        return;
+    }
+    // A list's search results play the platform's search controller: they end before the
+    // preview shows, so that going back finds the folder itself.
+    if (const auto list = std::dynamic_pointer_cast<DocumentListController>(last);
+        list && list->isShowingSearchResults()) {
+        list->endSearch();
+    }
+    navigation->pushViewController(controller, true);
+}
+
+bool PreviewItemManager::isPreviewControllerDisplayed(
+    const std::shared_ptr<ViewController>& controller) {
+    return std::dynamic_pointer_cast<PreviewBaseViewController>(controller) ||
+           std::dynamic_pointer_cast<GlimpseItemController>(controller);
+}
+
 void PreviewItemManager::viewControllerWillDisappear(
     const std::shared_ptr<ViewController>& controller) {
+    // The quick preview is shared and never this manager's own.
     if (controller && controller == detailsViewController_) {
         detailsViewController_.reset();
     }
 }
 
 void PreviewItemManager::showWarningAndDeleteDocumentBarButton(
-    const std::shared_ptr<ViewController>& screen, const std::shared_ptr<BarButtonItem>& button) {
-    if (!item_ || item_->url().isEmpty()) {
+    const std::shared_ptr<ViewController>& presenter,
+    const std::shared_ptr<BarButtonItem>& button) {
+    if (!item_ || !presenter) {
         return;
     }
     const Url url = item_->url();
-    std::weak_ptr<ViewController> weakScreen = screen;
+    const std::weak_ptr<PreviewItemManager> weakSelf = weak_from_this();
+    const std::weak_ptr<ViewController> weakPresenter = presenter;
     UIUtils::showDeleteWarningAlertHasContainerViewControllerUsingViewUsingButtonCompletion(
-        {url}, false, screen, nullptr, button,
-        [weakScreen, url](const std::shared_ptr<AlertAction>&, bool cancelled) {
+        {url}, false, presenter, nullptr, button,
+        [weakSelf, weakPresenter, url](const std::shared_ptr<AlertAction>&, bool cancelled) {
             if (cancelled) {
                 return;
             }
-            const auto screen = weakScreen.lock();
-            if (screen && screen->navigationController()) {
-                screen->navigationController()->popViewControllerAnimated(true);
+            const std::shared_ptr<ViewController> screen = weakPresenter.lock();
+            std::shared_ptr<NavigationController> navigation =
+                screen ? screen->navigationController() : nullptr;
+            if (!navigation) {
+                if (const std::shared_ptr<PreviewItemManager> self = weakSelf.lock()) {
+                    navigation = self->navigationController();
+                }
+            }
+            if (navigation) {
+                navigation->popViewControllerAnimated(true);
             }
             if (const std::optional<Error> error = FileUtils::remove(url)) {
-                UIUtils::showErrorParentViewController(error, screen);
+                // The screen has left the window: the alert comes from what is on top now.
+                UIUtils::showErrorParentViewController(
+                    error,
+                    navigation ? std::static_pointer_cast<ViewController>(navigation) : screen);
             }
         });
 }
 
-void PreviewItemManager::showMoveTarget(const std::shared_ptr<ViewController>& screen) {
+void PreviewItemManager::showMoveTarget(const std::shared_ptr<ViewController>& presenter) {
     VLLOG(6, "Pressed Move");
     if (!item_ || item_->url().isEmpty()) {
         return;
     }
-    auto chooser = std::make_shared<DocumentTargetSelectionController>(QList<Url>{item_->url()});
+    std::shared_ptr<NavigationController> navigation =
+        presenter ? presenter->navigationController() : nullptr;
+    if (!navigation) {
+        navigation = navigationController();
+    }
+    if (!navigation) {
+        return;
+    }
+    const auto chooser =
+        std::make_shared<DocumentTargetSelectionController>(QList<Url>{item_->url()});
     chooser->setDelegate(weak_from_this());
     chooser->setModalPresentationStyle(ModalPresentationStyle::OverCurrentContext);
-    std::shared_ptr<ViewController> presenter = screen ? screen->navigationController() : nullptr;
-    if (!presenter) {
-        presenter = screen;
-    }
-    if (presenter) {
-        presenter->presentViewController(chooser, true, [] { VLLOG(7, "Presented moveTarget"); });
-    }
+    navigation->presentViewController(chooser, true, [] { VLLOG(7, "Presented moveTarget"); });
 }
 
 void PreviewItemManager::documentTargetSelectionControllerDidSelectItemAtURL(
-    const std::shared_ptr<DocumentTargetSelectionController>& controller, const Url& url) {
+    const std::shared_ptr<DocumentTargetSelectionController>& chooser, const Url& url) {
+    const QList<Url> items = chooser->itemsToMove();
     VLLOG(7, "MoveTarget = %@", url);
-    const QList<Url> items = controller->itemsToMove();
-    controller->dismissViewControllerAnimated(true);
-    for (const Url& item : items) {
-        const Url destination = url.appendingPathComponent(item.lastPathComponent(), false);
-        if (const std::optional<Error> error = FileUtils::moveTo(item, destination)) {
-            const auto nav = navigationController();
-            UIUtils::showErrorParentViewController(error, nav ? nav->topViewController() : nullptr);
+    VLLOG(7, "ItemsToMove = %@", items);
+    chooser->dismissViewControllerAnimated(true);
+    const std::shared_ptr<NavigationController> navigation = navigationController();
+    for (const Url& source : items) {
+        const Url destination = url.appendingPathComponent(source.lastPathComponent(), false);
+        if (const std::optional<Error> error = FileUtils::moveTo(source, destination)) {
+            UIUtils::showErrorParentViewController(
+                error, navigation ? navigation->topViewController() : nullptr);
         }
     }
 }

@@ -1,33 +1,47 @@
 #pragma once
 
+#include "platform/files/Url.h"
 #include "toolkit/DocumentTargetSelectionControllerDelegate.h"
 
-#include <QString>
+#include <QDateTime>
 
 #include <memory>
+#include <optional>
 
 namespace vl {
 
 class BarButtonItem;
 class DocumentInteractionController;
 class NavigationController;
-class PreviewBaseViewController;
 class PreviewDetailsViewController;
 class VLItem;
 class ViewController;
 
-// The presentation of one item after the user asked to look at it: it makes the item's screens,
-// which refer back to it weakly, and serves their Move and Delete buttons. Main thread only.
+// The presentation of one item after the person asked to look at it: which screen it gets (the
+// quick preview of a local document, or its details), putting that screen on the navigation
+// stack, and the Move and Delete buttons of the screens. The root controller makes one per
+// activation and keeps it until the next; screens hold it weakly. Main thread only.
 class PreviewItemManager : public DocumentTargetSelectionControllerDelegate,
                            public std::enable_shared_from_this<PreviewItemManager> {
 public:
+    // Any mode other than PreviewModePreview shows the details screen.
     enum PreviewMode { PreviewModePreview = 0, PreviewModeDetails = 1 };
 
-    PreviewItemManager() = default;
+    // Also makes the shared quick-preview controller, ahead of its first use.
+    static std::shared_ptr<PreviewItemManager> create();
+    PreviewItemManager();
+    ~PreviewItemManager() override;
 
     const std::shared_ptr<VLItem>& item() const { return item_; }
-    // Stores the item without choosing a screen.
-    void setItemWithoutPreview(const std::shared_ptr<VLItem>& item) { item_ = item; }
+    // Shows the item (setItemUpdatePreview with yes).
+    void setItem(const std::shared_ptr<VLItem>& item);
+    void previewItem(const std::shared_ptr<VLItem>& item);
+    // With an item and yes, puts the item's screen on the stack; otherwise only stores the item.
+    void setItemUpdatePreview(const std::shared_ptr<VLItem>& item, bool updatePreview);
+    void setItemWithoutPreview(const std::shared_ptr<VLItem>& item) {
+        setItemUpdatePreview(item, false);
+    }
+
     int mode() const { return mode_; }
     void setMode(int mode) { mode_ = mode; }
     std::shared_ptr<NavigationController> navigationController() const {
@@ -36,36 +50,49 @@ public:
     void setNavigationController(const std::shared_ptr<NavigationController>& controller) {
         navigationController_ = controller;
     }
+    // The share sheet a screen opened last; kept here so that it outlives the button's call.
+    std::shared_ptr<DocumentInteractionController> documentInteractionController() const {
+        return documentInteractionController_;
+    }
+    void setDocumentInteractionController(std::shared_ptr<DocumentInteractionController> sheet) {
+        documentInteractionController_ = std::move(sheet);
+    }
+    std::optional<QDateTime> modifiedDate() const { return modifiedDate_; }
+    // The details screen this manager made and that is still on screen.
     std::shared_ptr<PreviewDetailsViewController> detailsViewController() const {
         return detailsViewController_;
     }
 
-    // The share sheet's controller, kept alive while its sheet is shown.
-    const std::shared_ptr<DocumentInteractionController>& documentInteractionController() const {
-        return documentInteractionController_;
-    }
-    void setDocumentInteractionController(
-        const std::shared_ptr<DocumentInteractionController>& controller) {
-        documentInteractionController_ = controller;
-    }
-
+    // Stores the item and returns the screen for it by the mode and whether its content is
+    // here; none when it has no file to show, or in preview mode when its content is not here
+    // (cloud-only items get no screen yet).
+    std::shared_ptr<ViewController> prepareToPreviewItem(const std::shared_ptr<VLItem>& item);
+    // After the chosen screen is on the stack.
+    void finishPreviewingItem();
     std::shared_ptr<PreviewDetailsViewController> createDetailsViewController();
-    // A screen this manager made goes away: it is forgotten.
+    std::shared_ptr<ViewController> createGlimpseController();
+
+    // Replaces a preview screen on top in place, else pushes (after ending a search on top).
+    void replaceLastViewController(const std::shared_ptr<ViewController>& controller);
+    static bool isPreviewControllerDisplayed(const std::shared_ptr<ViewController>& controller);
+    // From each screen's will-disappear: a screen of this manager's is forgotten.
     void viewControllerWillDisappear(const std::shared_ptr<ViewController>& controller);
-    // Asks before deleting; a confirmed delete leaves the screen and then deletes the item.
-    void showWarningAndDeleteDocumentBarButton(const std::shared_ptr<ViewController>& screen,
+
+    // The Delete and Move buttons of the screens: `presenter` is the screen whose button it was.
+    // A confirmed delete leaves the screen, then deletes the item.
+    void showWarningAndDeleteDocumentBarButton(const std::shared_ptr<ViewController>& presenter,
                                                const std::shared_ptr<BarButtonItem>& button);
-    void showMoveTarget(const std::shared_ptr<ViewController>& screen);
+    void showMoveTarget(const std::shared_ptr<ViewController>& presenter);
     void documentTargetSelectionControllerDidSelectItemAtURL(
-        const std::shared_ptr<DocumentTargetSelectionController>& controller,
-        const Url& url) override;
+        const std::shared_ptr<DocumentTargetSelectionController>& chooser, const Url& url) override;
 
 private:
     std::shared_ptr<VLItem> item_;
     int mode_ = PreviewModePreview;
     std::weak_ptr<NavigationController> navigationController_;
-    std::shared_ptr<PreviewDetailsViewController> detailsViewController_;
     std::shared_ptr<DocumentInteractionController> documentInteractionController_;
+    std::optional<QDateTime> modifiedDate_;
+    std::shared_ptr<PreviewDetailsViewController> detailsViewController_;
 };
 
 }  // namespace vl
