@@ -3,6 +3,7 @@
 #include "platform/app/NotificationCenter.h"
 #include "platform/cloud/CloudAccount.h"
 #include "services/QuotaFetcherDelegate.h"
+#include "toolkit/DocumentInteractionControllerDelegate.h"
 #include "toolkit/DocumentListControllerDelegate.h"
 #include "toolkit/DocumentTargetSelectionControllerDelegate.h"
 #include "toolkit/NavigationController.h"
@@ -26,6 +27,7 @@ class FilenamePrompt;
 class PreviewItemManager;
 class QuotaFetcher;
 class UndoBar;
+class VLItem;
 
 // The app's root view controller: a navigation stack of folder lists, one per level of the drive,
 // with a preview screen on top when an item is shown. It shows the browser while a cloud account
@@ -38,13 +40,15 @@ class UndoBar;
 // The flows live in one file each: NavController.cpp (start and account), NavControllerLists.cpp
 // (list configuration, edit mode, folder taps), NavControllerRules.cpp (when New Folder, Move
 // and Delete are offered), NavControllerMove.cpp (new folders and moves), NavControllerDelete.cpp
-// (the delete flow), NavControllerActions.cpp (per-item actions and rename), NavControllerUndo.cpp
+// (the delete flow), NavControllerActions.cpp (rename), NavControllerActivation.cpp (item taps,
+// per-item actions, share, previews and the stack for a URL), NavControllerUndo.cpp
 // (the undo bar after a move or a rename), NavControllerStatus.cpp (the status line and the free
 // space).
 class NavController : public NavigationController,
                       public NavigationControllerDelegate,
                       public DocumentListControllerDelegate,
                       public DocumentTargetSelectionControllerDelegate,
+                      public DocumentInteractionControllerDelegate,
                       public QuotaFetcherDelegate {
     Q_OBJECT
 public:
@@ -102,7 +106,6 @@ public:
         QWidget* originatingView, std::function<void()> completion) override;
     void documentListControllerPerformActionURL(const std::shared_ptr<DocumentListController>& list,
                                                 int action, const Url& url) override;
-    // Delete and rename; the actions menu and details wait for the preview and share flows.
     bool documentListControllerCanPerformAction(const std::shared_ptr<DocumentListController>& list,
                                                 int action) override;
 
@@ -142,8 +145,24 @@ public:
         const QList<Url>& urls, QWidget* view, const std::shared_ptr<DocumentListController>& list,
         std::function<void()> completion);
 
-    // --- Per-item actions (NavControllerActions.cpp) ---
+    // --- Rename (NavControllerActions.cpp) ---
     void showRenamePrompt(const Url& url);
+
+    // --- Item activation (NavControllerActivation.cpp) ---
+    // Rename, Share (documents), Move to Folder (when the item's container has a folder to move
+    // into), all disabled for an app library; anchored beside `view` on a tablet.
+    void showActionsMenuFromViewUrlPresentedURLCompletion(QWidget* view, const Url& url,
+                                                          const Url& presentedURL,
+                                                          std::function<void()> completion);
+    // The share sheet, pointing at `view` (this controller's view when null).
+    void showDICUrlCompletion(QWidget* view, const Url& url, std::function<void()> completion);
+    void documentInteractionControllerDidDismissOptionsMenu(
+        DocumentInteractionController* controller) override;
+    // A new preview manager for the item in the mode (PreviewItemManager's modes).
+    void showPreviewPreviewMode(const std::shared_ptr<VLItem>& item, int mode);
+    // The lists from the drive's root down to the URL's folder, with the item's screen on top;
+    // no for a URL outside the drive or a folder without lists.
+    bool showURLPreviewPreviewMode(const Url& url, int mode);
 
     // --- Undo of moves and renames (NavControllerUndo.cpp) ---
     // The bar along the bottom of the window; made on first use.

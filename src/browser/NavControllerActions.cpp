@@ -1,4 +1,4 @@
-// Per-item actions of a folder list (long press or right click on a row): delete and rename.
+// Renaming an item from its per-item actions or its actions menu.
 
 #include "browser/NavController.h"
 
@@ -14,42 +14,6 @@
 #include "toolkit/DocumentListController.h"
 
 namespace vl {
-
-bool NavController::documentListControllerCanPerformAction(
-    const std::shared_ptr<DocumentListController>&, int action) {
-    return action == DocumentListController::Delete || action == DocumentListController::Rename;
-}
-
-void NavController::documentListControllerPerformActionURLOriginatingViewCompletion(
-    const std::shared_ptr<DocumentListController>&, int action, const Url& url,
-    QWidget* originatingView, std::function<void()> completion) {
-    switch (action) {
-        case DocumentListController::Delete:
-            performActionCompletionBlock_ = completion;
-            showWarningAndDeleteURLsUsingViewWithDocumentListControllerFinishedCompletion(
-                {url}, originatingView, nullptr, [completion] {
-                    if (completion) {
-                        completion();
-                    }
-                });
-            return;
-        case DocumentListController::Rename:
-            VLLOG(6, "Rename action: %@", url);
-            showRenamePrompt(url);
-            return;
-        default:
-            VLLOG(4, "performAction:%@ -- unexpected value", action);
-            if (completion) {
-                completion();
-            }
-    }
-}
-
-void NavController::documentListControllerPerformActionURL(
-    const std::shared_ptr<DocumentListController>& list, int action, const Url& url) {
-    documentListControllerPerformActionURLOriginatingViewCompletion(list, action, url, view(),
-                                                                    [] {});
-}
 
 void NavController::showRenamePrompt(const Url& url) {
     const std::shared_ptr<VLItem> item = VLItem::initWithURL(url);

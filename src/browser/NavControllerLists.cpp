@@ -244,17 +244,6 @@ void NavController::documentListControllerDidSelectContainerWithViewController(
     pushViewController(newList, true);
 }
 
-void NavController::documentListControllerDidSelectItemAtURL(
-    const std::shared_ptr<DocumentListController>&, const Url& url) {
-    VLLOG(7, "Picked URL: %@", url);
-    if (editMode_) {
-        VLLOG(7, "DLC Selection not allowed while in edit mode");
-        return;
-    }
-    // Opening a document (its default app, the preview, the download screen) joins here with
-    // item activation.
-}
-
 void NavController::navigationControllerDidShowViewController(
     const std::shared_ptr<NavigationController>&, const std::shared_ptr<ViewController>& shown,
     bool) {

@@ -209,7 +209,7 @@ TEST_F(NavControllerOrganizeTest, RenameKeepsTheExtensionAndCanBeUndone) {
     imported(QStringLiteral("Report.txt"));
     EXPECT_TRUE(
         nav_->documentListControllerCanPerformAction(top(), DocumentListController::Rename));
-    EXPECT_FALSE(
+    EXPECT_TRUE(
         nav_->documentListControllerCanPerformAction(top(), DocumentListController::Details));
     bool completed = false;
     nav_->documentListControllerPerformActionURLOriginatingViewCompletion(
