@@ -1,5 +1,6 @@
 #include "toolkit/PreviewPdfView.h"
 
+#include "platform/dispatch/Dispatch.h"
 #include "platform/text/Format.h"
 #include "platform/text/Strings.h"
 
@@ -11,6 +12,7 @@
 #include <QPdfView>
 #include <QPinchGesture>
 #include <QScroller>
+#include <QThread>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -42,12 +44,31 @@ QString errorText(QPdfDocument::Error error) {
     return Strings::localized("The file can’t be read.");
 }
 
+// Opened on a worker thread and moved to the main thread; whichever thread lets go of it last
+// deletes it on the thread it belongs to.
+std::shared_ptr<QPdfDocument> openDocument(const QString& path) {
+    std::shared_ptr<QPdfDocument> document(new QPdfDocument, [](QPdfDocument* gone) {
+        if (gone->thread() == QThread::currentThread()) {
+            delete gone;
+        } else {
+            gone->deleteLater();
+        }
+    });
+    document->load(path);
+    if (document->status() == QPdfDocument::Status::Ready) {
+        // The first size asked of each page reads the page's dictionary; asked here, the view's
+        // layout of all pages on the main thread costs nothing.
+        for (int page = 0; page < document->pageCount(); ++page) {
+            document->pagePointSize(page);
+        }
+    }
+    return document;
+}
+
 }  // namespace
 
 PreviewPdfView::PreviewPdfView(const Url& url, QWidget* parent)
-    : PreviewContentView(url, parent),
-      document_(new QPdfDocument(this)),
-      pdfView_(new QPdfView(this)) {
+    : PreviewContentView(url, parent), pdfView_(new QPdfView(this)) {
     auto* content = new QWidget(this);
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -76,11 +97,32 @@ PreviewPdfView::PreviewPdfView(const Url& url, QWidget* parent)
     layout->addWidget(pageLabel_);
     setContentWidget(content);
 
-    connect(document_, &QPdfDocument::statusChanged, this, &PreviewPdfView::documentStatusChanged);
     connect(pdfView_->pageNavigator(), &QPdfPageNavigator::currentPageChanged, this,
             &PreviewPdfView::updatePageLabel);
-    pdfView_->setDocument(document_);
-    document_->load(url.path());
+    updatePageLabel();
+    load();
+}
+
+void PreviewPdfView::load() {
+    QPointer<PreviewPdfView> self(this);
+    QThread* home = thread();
+    const QString path = url().path();
+    Dispatch::globalQueue(QualityOfService::UserInitiated)->async([self, home, path] {
+        std::shared_ptr<QPdfDocument> document = openDocument(path);
+        document->moveToThread(home);
+        Dispatch::mainQueue()->async([self, document] {
+            if (self) {
+                self->adopt(document);
+            }
+        });
+    });
+}
+
+void PreviewPdfView::adopt(std::shared_ptr<QPdfDocument> document) {
+    document_ = std::move(document);
+    connect(document_.get(), &QPdfDocument::statusChanged, this,
+            &PreviewPdfView::documentStatusChanged);
+    pdfView_->setDocument(document_.get());
     documentStatusChanged();
 }
 
@@ -90,7 +132,8 @@ PreviewPdfView::~PreviewPdfView() {
 }
 
 int PreviewPdfView::pageCount() const {
-    return document_->status() == QPdfDocument::Status::Ready ? document_->pageCount() : 0;
+    return document_ && document_->status() == QPdfDocument::Status::Ready ? document_->pageCount()
+                                                                           : 0;
 }
 
 int PreviewPdfView::currentPage() const {
