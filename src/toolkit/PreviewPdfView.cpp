@@ -7,11 +7,15 @@
 #include <QGestureEvent>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPainter>
 #include <QPdfDocument>
 #include <QPdfPageNavigator>
+#include <QPdfPageRenderer>
 #include <QPdfView>
 #include <QPinchGesture>
+#include <QScrollBar>
 #include <QScroller>
+#include <QStyle>
 #include <QThread>
 #include <QVBoxLayout>
 #include <QWheelEvent>
@@ -25,6 +29,7 @@ namespace {
 
 constexpr double minimumZoom = 0.1;
 constexpr double maximumZoom = 8.0;
+constexpr int documentMargin = 12;
 
 QString errorText(QPdfDocument::Error error) {
     switch (error) {
@@ -55,14 +60,15 @@ std::shared_ptr<QPdfDocument> openDocument(const QString& path) {
         }
     });
     document->load(path);
-    if (document->status() == QPdfDocument::Status::Ready) {
-        // The first size asked of each page reads the page's dictionary; asked here, the view's
-        // layout of all pages on the main thread costs nothing.
-        for (int page = 0; page < document->pageCount(); ++page) {
-            document->pagePointSize(page);
-        }
-    }
     return document;
+}
+
+// The first size asked of each page reads the page's dictionary; asked here, the view's layout
+// of all pages on the main thread costs nothing.
+void readPageTable(QPdfDocument& document) {
+    for (int page = 0; page < document.pageCount(); ++page) {
+        document.pagePointSize(page);
+    }
 }
 
 }  // namespace
@@ -80,7 +86,8 @@ PreviewPdfView::PreviewPdfView(const Url& url, QWidget* parent)
     pdfView_->setPageMode(QPdfView::PageMode::MultiPage);
     pdfView_->setZoomMode(QPdfView::ZoomMode::FitToWidth);
     pdfView_->setPageSpacing(12);
-    pdfView_->setDocumentMargins(QMargins(12, 12, 12, 12));
+    pdfView_->setDocumentMargins(
+        QMargins(documentMargin, documentMargin, documentMargin, documentMargin));
     QPalette palette = pdfView_->palette();
     palette.setColor(QPalette::Dark, QColor(0xe5, 0xe5, 0xea));
     pdfView_->setPalette(palette);
@@ -99,16 +106,52 @@ PreviewPdfView::PreviewPdfView(const Url& url, QWidget* parent)
 
     connect(pdfView_->pageNavigator(), &QPdfPageNavigator::currentPageChanged, this,
             &PreviewPdfView::updatePageLabel);
+    // The cover follows the page while it scrolls and goes as soon as the zoom changes.
+    connect(pdfView_->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            &PreviewPdfView::placeFirstPage);
+    connect(pdfView_->horizontalScrollBar(), &QScrollBar::valueChanged, this,
+            &PreviewPdfView::placeFirstPage);
+    connect(pdfView_, &QPdfView::zoomFactorChanged, this, &PreviewPdfView::dropFirstPage);
+    connect(pdfView_, &QPdfView::zoomModeChanged, this, &PreviewPdfView::dropFirstPage);
     updatePageLabel();
-    load();
+
+    // Fitted to the width the view will have: its parent's, less the margins and the scroll bar
+    // that a document of more than one screen shows. A wrong guess only scales the cover.
+    const QWidget* frame = parentWidget() ? parentWidget() : this;
+    const int pageWidth =
+        frame->width() - 2 * documentMargin -
+        pdfView_->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, pdfView_);
+    load(pageWidth, frame->devicePixelRatioF());
 }
 
-void PreviewPdfView::load() {
+void PreviewPdfView::load(int pageWidth, double pixelRatio) {
     QPointer<PreviewPdfView> self(this);
     QThread* home = thread();
     const QString path = url().path();
-    Dispatch::globalQueue(QualityOfService::UserInitiated)->async([self, home, path] {
+    Dispatch::globalQueue(QualityOfService::UserInitiated)->async([=] {
         std::shared_ptr<QPdfDocument> document = openDocument(path);
+        const int pages =
+            document->status() == QPdfDocument::Status::Ready ? document->pageCount() : 0;
+        const QSizeF points = pages > 0 ? document->pagePointSize(0) : QSizeF();
+        if (pageWidth > 0 && points.width() > 0) {
+            const QSize pixels(int(pageWidth * pixelRatio),
+                               int(pageWidth * pixelRatio * points.height() / points.width()));
+            const QImage ink = document->render(0, pixels);
+            if (!ink.isNull()) {
+                // The render is ink on transparency; on white paper, in the screen's own format,
+                // it goes to a pixmap as it is.
+                QImage page(ink.size(), QImage::Format_RGB32);
+                page.fill(Qt::white);
+                QPainter(&page).drawImage(0, 0, ink);
+                page.setDevicePixelRatio(pixelRatio);
+                Dispatch::mainQueue()->async([self, page = std::move(page), pages]() mutable {
+                    if (self) {
+                        self->showFirstPage(std::move(page), pages);
+                    }
+                });
+            }
+        }
+        readPageTable(*document);
         document->moveToThread(home);
         Dispatch::mainQueue()->async([self, document] {
             if (self) {
@@ -118,12 +161,67 @@ void PreviewPdfView::load() {
     });
 }
 
+void PreviewPdfView::showFirstPage(QImage page, int pageCount) {
+    if (document_ || hasFailed()) {
+        return;
+    }
+    auto* cover = new QLabel(pdfView_->viewport());
+    cover->setObjectName(QStringLiteral("previewPdfFirstPage"));
+    cover->setAttribute(Qt::WA_TransparentForMouseEvents);
+    firstPageSize_ = page.deviceIndependentSize().toSize();
+    cover->setPixmap(QPixmap::fromImage(std::move(page)));
+    firstPage_ = cover;
+    placeFirstPage();
+    cover->show();
+    announcedPages_ = pageCount;
+    describe(pageCount);
+    markReady();
+}
+
+void PreviewPdfView::placeFirstPage() {
+    if (!firstPage_) {
+        return;
+    }
+    // Where the view puts the first page when fitted to the width.
+    const int width = pdfView_->viewport()->width() - 2 * documentMargin;
+    if (width <= 0 || firstPageSize_.isEmpty()) {
+        return;
+    }
+    // Scaling a page costs more than the rest of showing it: the cover keeps its own size
+    // unless the guessed width was clearly wrong (the scroll bar alone is a near miss).
+    const bool nearMiss = std::abs(width - firstPageSize_.width()) <= width / 20;
+    firstPage_->setScaledContents(!nearMiss);
+    const QSize size = nearMiss
+                           ? firstPageSize_
+                           : QSize(width, width * firstPageSize_.height() / firstPageSize_.width());
+    firstPage_->setGeometry(documentMargin - pdfView_->horizontalScrollBar()->value(),
+                            documentMargin - pdfView_->verticalScrollBar()->value(), size.width(),
+                            size.height());
+}
+
+void PreviewPdfView::dropFirstPage() {
+    delete firstPage_.data();
+}
+
 void PreviewPdfView::adopt(std::shared_ptr<QPdfDocument> document) {
     document_ = std::move(document);
     connect(document_.get(), &QPdfDocument::statusChanged, this,
             &PreviewPdfView::documentStatusChanged);
     pdfView_->setDocument(document_.get());
     documentStatusChanged();
+    if (firstPage_) {
+        // The view's own rendering of the first page replaces the cover.
+        if (auto* renderer = pdfView_->findChild<QPdfPageRenderer*>()) {
+            connect(renderer, &QPdfPageRenderer::pageRendered, firstPage_, [this](int page) {
+                if (page == 0) {
+                    dropFirstPage();
+                }
+            });
+        } else {
+            dropFirstPage();
+        }
+        placeFirstPage();
+    }
 }
 
 PreviewPdfView::~PreviewPdfView() {
@@ -169,10 +267,7 @@ void PreviewPdfView::documentStatusChanged() {
                 showFailure(Strings::localized("The document has no pages."));
                 return;
             }
-            pdfView_->setAccessibleDescription(
-                pages == 1 ? Strings::localized("PDF document, 1 page")
-                           : format(Strings::localized("PDF document, %d pages"), pages));
-            updatePageLabel();
+            describe(pages);
             markReady();
             break;
         }
@@ -184,6 +279,13 @@ void PreviewPdfView::documentStatusChanged() {
         case QPdfDocument::Status::Unloading:
             break;
     }
+}
+
+void PreviewPdfView::describe(int pages) {
+    pdfView_->setAccessibleDescription(
+        pages == 1 ? Strings::localized("PDF document, 1 page")
+                   : format(Strings::localized("PDF document, %d pages"), pages));
+    updatePageLabel();
 }
 
 void PreviewPdfView::updatePageLabel() {
@@ -199,6 +301,9 @@ void PreviewPdfView::updatePageLabel() {
 bool PreviewPdfView::eventFilter(QObject* watched, QEvent* event) {
     if (watched == pdfView_->viewport()) {
         switch (event->type()) {
+            case QEvent::Resize:
+                placeFirstPage();
+                break;
             case QEvent::Gesture: {
                 auto* gesture = static_cast<QGestureEvent*>(event);
                 if (auto* pinch = static_cast<QPinchGesture*>(gesture->gesture(Qt::PinchGesture))) {

@@ -2,6 +2,9 @@
 
 #include "toolkit/PreviewContentView.h"
 
+#include <QImage>
+#include <QPointer>
+
 #include <memory>
 
 class QLabel;
@@ -14,7 +17,9 @@ namespace vl {
 // and the keyboard zoom, a double tap goes back to the fitted width. A label under the pages says
 // which page is at the top and how many there are. The document is opened on a global queue and
 // handed to the view once its page table is read, so a long document never holds up the main
-// thread; the view renders the visible pages on its own thread.
+// thread; the view renders the visible pages on its own thread. So that the first page does not
+// wait for that second render, the same queue renders it at once at the width the view is
+// expected to have, and that picture covers the first page until the view has its own.
 class PreviewPdfView : public PreviewContentView {
     Q_OBJECT
 public:
@@ -37,14 +42,23 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void load();
+    void load(int pageWidth, double pixelRatio);
+    void showFirstPage(QImage page, int pageCount);
+    void placeFirstPage();
+    void dropFirstPage();
     void adopt(std::shared_ptr<QPdfDocument> document);
     void documentStatusChanged();
+    void describe(int pages);
     void updatePageLabel();
 
     std::shared_ptr<QPdfDocument> document_;
     QPdfView* pdfView_ = nullptr;
     QLabel* pageLabel_ = nullptr;
+    // The first page rendered ahead of the view, over the view's own until that arrives.
+    QPointer<QLabel> firstPage_;
+    QSize firstPageSize_;
+    // The page count told with the first page, before the document is handed over.
+    int announcedPages_ = 0;
     double pinchStartZoom_ = 1.0;
 };
 

@@ -18,6 +18,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
 
 using namespace vl;
@@ -163,6 +164,56 @@ TEST_F(PreviewRendererTest, ZoomFetchesTheFullPictureAndADoubleTapFitsItAgain) {
     EXPECT_DOUBLE_EQ(canvas->scale(), 0.25);
     QTest::mouseDClick(canvas->viewport(), Qt::LeftButton, {}, QPoint(100, 100));
     EXPECT_DOUBLE_EQ(canvas->scale(), 1.0);
+}
+
+TEST_F(PreviewRendererTest, PdfFirstPageRenderedAheadMatchesTheViewsOwnAndGivesWayToIt) {
+    window.resize(480, 640);
+    const QString path = dir.filePath(QStringLiteral("long.pdf"));
+    ASSERT_TRUE(PreviewFiles::pdf(path, 20));
+    const auto cover = [](PreviewPdfView* view) {
+        return view->pdfView()->viewport()->findChild<QWidget*>(
+            QStringLiteral("previewPdfFirstPage"));
+    };
+
+    // Looked at the moment the view says it shows the document, before the view's own render.
+    auto* pdf = new PreviewPdfView(Url::fromPath(path), &window);
+    QRect area;
+    QImage ahead;
+    QObject::connect(pdf, &PreviewContentView::contentReady, pdf, [&] {
+        ASSERT_NE(cover(pdf), nullptr);
+        area = cover(pdf)->geometry().intersected(pdf->pdfView()->viewport()->rect());
+        ahead =
+            pdf->pdfView()->viewport()->grab(area).toImage().convertToFormat(QImage::Format_RGB32);
+    });
+    show(pdf);
+    ASSERT_TRUE(pdf->isReady());
+    EXPECT_EQ(pdf->pageCount(), 20);
+    ASSERT_FALSE(ahead.isNull());
+    ASSERT_TRUE(PreviewFiles::waitFor([&] { return cover(pdf) == nullptr; }));
+    EXPECT_NE(pdf->document(), nullptr);
+    // Where the cover was, the view's own page now shows the same picture: same place, same size.
+    const QImage own =
+        pdf->pdfView()->viewport()->grab(area).toImage().convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(own.size(), ahead.size());
+    int differing = 0;
+    for (int y = 0; y < own.height(); ++y) {
+        for (int x = 0; x < own.width(); ++x) {
+            differing += std::abs(qGray(own.pixel(x, y)) - qGray(ahead.pixel(x, y))) > 48;
+        }
+    }
+    EXPECT_LT(differing, own.width() * own.height() / 200);
+    delete pdf;
+
+    // A zoom before the view's own render leaves the pages to the view at once.
+    pdf = new PreviewPdfView(Url::fromPath(path), &window);
+    bool dropped = false;
+    QObject::connect(pdf, &PreviewContentView::contentReady, pdf, [&] {
+        ASSERT_NE(cover(pdf), nullptr);
+        pdf->setZoomFactor(2.0);
+        dropped = cover(pdf) == nullptr;
+    });
+    show(pdf);
+    EXPECT_TRUE(dropped);
 }
 
 TEST_F(PreviewRendererTest, MediaControlsFollowThePlayer) {
