@@ -4,6 +4,7 @@
 #include "model/VLItem.h"
 #include "preview/PreviewItemManager.h"
 #include "toolkit/BarButtonItem.h"
+#include "toolkit/DocumentInteractionController.h"
 
 #include <mutex>
 
@@ -34,7 +35,11 @@ void GlimpseItemController::setUp() {
     barButtonMoveItem_->setTarget(self, &GlimpseItemController::showMoveTarget);
     barButtonDeleteItem_ = BarButtonItem::withSystemItem(BarButtonItem::SystemItem::Trash);
     barButtonDeleteItem_->setTarget(self, &GlimpseItemController::showWarningAndDeleteDocument);
-    setAdditionalRightBarButtonItems({barButtonDeleteItem_, barButtonMoveItem_});
+    // The platform's quick preview has a share button of its own; this one stands in for it.
+    barButtonActionItem_ = BarButtonItem::withSystemItem(BarButtonItem::SystemItem::Action);
+    barButtonActionItem_->setTarget(self, &GlimpseItemController::showDocumentActivities);
+    setAdditionalRightBarButtonItems(
+        {barButtonActionItem_, barButtonDeleteItem_, barButtonMoveItem_});
 }
 
 void GlimpseItemController::initWithItemManager(
@@ -86,6 +91,18 @@ void GlimpseItemController::showWarningAndDeleteDocument(const std::shared_ptr<B
         manager->showWarningAndDeleteDocumentBarButton(sharedAs<ViewController>(),
                                                        barButtonDeleteItem_);
     }
+}
+
+void GlimpseItemController::showDocumentActivities(const std::shared_ptr<BarButtonItem>&) {
+    const std::shared_ptr<PreviewItemManager> manager = itemManager();
+    if (!manager || !manager->item() || !manager->item()->resolvedURL().isFileURL()) {
+        return;
+    }
+    const Url url = manager->item()->resolvedURL();
+    VLLOG(6, "showDocumentActivities: %@", url);
+    const auto sheet = DocumentInteractionController::interactionControllerWithURL(url);
+    manager->setDocumentInteractionController(sheet);
+    sheet->presentOptionsMenuFromBarButtonItemAnimated(barButtonActionItem_, true);
 }
 
 }  // namespace vl

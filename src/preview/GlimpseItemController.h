@@ -15,9 +15,9 @@ namespace vl {
 class BarButtonItem;
 class PreviewItemManager;
 
-// The quick preview of the item a PreviewItemManager shows, with Move and Delete beside the
-// preview's own buttons; their work is the manager's. One instance serves every preview of the
-// process: each new manager re-targets it. Main thread only.
+// The quick preview of the item a PreviewItemManager shows, with Share, Delete and Move beside
+// the preview's own buttons; Move and Delete are the manager's work. One instance serves every
+// preview of the process: each new manager re-targets it. Main thread only.
 class GlimpseItemController : public PreviewController,
                               public PreviewControllerDataSource,
                               public PreviewControllerDelegate {
@@ -42,15 +42,18 @@ public:
     const std::optional<QList<Url>>& arrayOfDocuments() const { return arrayOfDocuments_; }
     std::shared_ptr<BarButtonItem> barButtonMoveItem() const { return barButtonMoveItem_; }
     std::shared_ptr<BarButtonItem> barButtonDeleteItem() const { return barButtonDeleteItem_; }
+    std::shared_ptr<BarButtonItem> barButtonActionItem() const { return barButtonActionItem_; }
 
     void viewWillDisappear(bool animated) override;
 
     int numberOfPreviewItemsInPreviewController(PreviewController& controller) override;
     Url previewControllerPreviewItemAtIndex(PreviewController& controller, int index) override;
 
-    // Targets of the Move and Delete buttons.
+    // Targets of the Move, Delete and Share buttons.
     void showMoveTarget(const std::shared_ptr<BarButtonItem>& sender);
     void showWarningAndDeleteDocument(const std::shared_ptr<BarButtonItem>& sender);
+    // The share sheet of the document shown, kept alive by the manager while it is up.
+    void showDocumentActivities(const std::shared_ptr<BarButtonItem>& sender);
 
 private:
     void setUp();
@@ -59,6 +62,7 @@ private:
     std::optional<QList<Url>> arrayOfDocuments_;
     std::shared_ptr<BarButtonItem> barButtonMoveItem_;
     std::shared_ptr<BarButtonItem> barButtonDeleteItem_;
+    std::shared_ptr<BarButtonItem> barButtonActionItem_;
 };
 
 }  // namespace vl

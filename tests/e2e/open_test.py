@@ -223,6 +223,9 @@ else:
 find("push button", "Delete")
 find("push button", "Move")
 shoot("preview-text.png")
+click(find("push button", "Share"))
+find("push button", "Copy")
+cancel_sheet()
 back()
 
 # A photo of the user's folders: previewed, the viewer never started.

@@ -6,6 +6,7 @@
 #include "preview/PreviewDetailsViewController.h"
 #include "preview/PreviewItemManager.h"
 #include "toolkit/AlertController.h"
+#include "toolkit/BarButtonItem.h"
 #include "toolkit/DocumentInteractionController.h"
 #include "toolkit/Window.h"
 
@@ -141,6 +142,20 @@ TEST_F(NavControllerActivationTest, ShareShowsTheSheetOfTheDocument) {
     EXPECT_TRUE(nav_->documentInteractionController()->optionsMenu());
     EXPECT_FALSE(completed) << "kept for later, never called by the sheet";
     EXPECT_TRUE(nav_->performActionCompletionBlock());
+
+    // Share from the quick preview: the sheet of the file shown, kept by the preview's manager.
+    nav_->documentInteractionController()->dismissMenuAnimated(false);
+    write(QStringLiteral("report.pdf"));
+    tap(QStringLiteral("report.pdf"));
+    ASSERT_TRUE(previewOnTop());
+    previewOnTop()->barButtonActionItem()->trigger();
+    ASSERT_TRUE(nav_->itemManager()->documentInteractionController());
+    EXPECT_EQ(nav_->itemManager()->documentInteractionController()->URL(),
+              url(QStringLiteral("report.pdf")));
+    EXPECT_TRUE(nav_->itemManager()->documentInteractionController()->optionsMenu());
+    nav_->itemManager()->documentInteractionController()->dismissMenuAnimated(false);
+    nav_->popViewControllerAnimated(false);
+    dispatch_->runUntilIdle();
 
     // Details: the details screen, and the list's completion at once.
     completed = false;
