@@ -1,11 +1,13 @@
 #include "preview/ThumbnailImageView.h"
 
 #include "model/VLItem.h"
+#include "platform/dispatch/Dispatch.h"
 #include "platform/files/ContentTypeRegistry.h"
 #include "toolkit/PieProgressIndicatorView.h"
 #include "toolkit/ToolkitIcons.h"
 
 #include <QPainter>
+#include <QPointer>
 
 namespace vl {
 
@@ -21,12 +23,24 @@ void ThumbnailImageView::setItem(const std::shared_ptr<VLItem>& item) {
     if (!item) {
         return;
     }
-    const QImage& thumbnail = item->thumbnail();
-    if (!thumbnail.isNull()) {
-        setImage(thumbnail);
-    } else {
-        showGenericImage();
-    }
+    // The type's icon at once. The thumbnail is read through the drive and decoded, which may
+    // take a while for a large picture: never on the main thread, and with an item of its own
+    // there, since the screen's item may change meanwhile.
+    showGenericImage();
+    QPointer<ThumbnailImageView> self(this);
+    const Url url = item->url();
+    Dispatch::globalQueue(QualityOfService::UserInitiated)->async([self, url] {
+        const std::shared_ptr<VLItem> reader = VLItem::initWithURL(url);
+        QImage thumbnail = reader ? reader->thumbnail() : QImage();
+        if (thumbnail.isNull()) {
+            return;
+        }
+        Dispatch::mainQueue()->async([self, url, thumbnail = std::move(thumbnail)] {
+            if (self && self->item_ && self->item_->url() == url) {
+                self->setImage(thumbnail);
+            }
+        });
+    });
 }
 
 void ThumbnailImageView::showGenericImage() {

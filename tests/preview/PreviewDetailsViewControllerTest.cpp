@@ -10,6 +10,7 @@
 #include "preview/FileInfoStackView.h"
 #include "preview/PreviewDetailsViewController.h"
 #include "preview/PreviewItemManager.h"
+#include "preview/ThumbnailImageView.h"
 #include "services/FileTags.h"
 #include "toolkit/AlertController.h"
 #include "toolkit/BarButtonItem.h"
@@ -23,11 +24,15 @@
 #include "toolkit/Window.h"
 
 #include <QApplication>
+#include <QCryptographicHash>
 #include <QDir>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QStandardPaths>
+#include <QUrl>
 
 namespace vl::test {
 namespace {
@@ -345,6 +350,36 @@ TEST_F(PreviewDetailsTest, ShareShowsTheSheetFromItsBarButtonAndKeepsItsControll
     manager->setItemWithoutPreview(nullptr);
     screen->refreshItem();
     EXPECT_FALSE(screen->barButtonActionItem()->isEnabled());
+}
+
+TEST_F(PreviewDetailsTest, ThePictureIsTheIconUntilTheThumbnailReadOffTheMainThreadArrives) {
+    const Url url = driveURL(QStringLiteral("Photo.png"));
+    QImage photo(40, 30, QImage::Format_RGB32);
+    photo.fill(Qt::blue);
+    ASSERT_TRUE(photo.save(url.path(), "PNG"));
+    // A thumbnail of its own colour in the shared cache, marked for the file as it is now.
+    QImage planted(7, 5, QImage::Format_RGB32);
+    planted.fill(Qt::green);
+    planted.setText(QStringLiteral("Thumb::URI"),
+                    QString::fromUtf8(QUrl::fromLocalFile(url.path()).toEncoded()));
+    planted.setText(QStringLiteral("Thumb::MTime"),
+                    QString::number(QFileInfo(url.path()).lastModified().toSecsSinceEpoch()));
+    const QString cached =
+        QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+        QStringLiteral("/thumbnails/xx-large/") +
+        QString::fromLatin1(QCryptographicHash::hash(QUrl::fromLocalFile(url.path()).toEncoded(),
+                                                     QCryptographicHash::Md5)
+                                .toHex()) +
+        QStringLiteral(".png");
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(cached).path()));
+    ASSERT_TRUE(planted.save(cached, "PNG"));
+
+    ThumbnailImageView view;
+    view.setItem(VLItem::initWithURL(url));
+    EXPECT_NE(view.image().size(), QSize(7, 5)) << "the thumbnail was read on the main thread";
+    dispatch->runUntilIdle();
+    ASSERT_EQ(view.image().size(), QSize(7, 5));
+    EXPECT_EQ(view.image().pixelColor(3, 2), QColor(Qt::green));
 }
 
 }  // namespace
