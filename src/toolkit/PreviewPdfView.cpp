@@ -230,8 +230,9 @@ PreviewPdfView::~PreviewPdfView() {
 }
 
 int PreviewPdfView::pageCount() const {
+    // Between the first page shown ahead and the document handed over, the count read with it.
     return document_ && document_->status() == QPdfDocument::Status::Ready ? document_->pageCount()
-                                                                           : 0;
+                                                                           : announcedPages_;
 }
 
 int PreviewPdfView::currentPage() const {
