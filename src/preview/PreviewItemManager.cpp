@@ -19,11 +19,16 @@ std::shared_ptr<PreviewItemManager> PreviewItemManager::create() {
     return std::make_shared<PreviewItemManager>();
 }
 
-PreviewItemManager::PreviewItemManager() {
+// The presenter's queue is concurrent, like an operation queue left at its defaults: callbacks
+// may overlap, which is why the flags they touch are taken under lock_.
+PreviewItemManager::PreviewItemManager()
+    : fcQueue_(Dispatch::globalQueue(QualityOfService::Default)) {
     GlimpseItemController::defaultController();
 }
 
-PreviewItemManager::~PreviewItemManager() = default;
+PreviewItemManager::~PreviewItemManager() {
+    unregisterAsFilePresenter();
+}
 
 void PreviewItemManager::setItem(const std::shared_ptr<VLItem>& item) {
     setItemUpdatePreview(item, true);
@@ -43,17 +48,23 @@ void PreviewItemManager::setItemUpdatePreview(const std::shared_ptr<VLItem>& ite
         }
         return;
     }
-    item_ = item;
+    storeItem(item);
 }
 
 std::shared_ptr<ViewController> PreviewItemManager::prepareToPreviewItem(
     const std::shared_ptr<VLItem>& item) {
-    item_ = item;
+    const Url oldURL = item_ ? item_->url() : Url();
+    const Url newURL = item ? item->url() : Url();
+    if (oldURL != newURL) {
+        unregisterAsFilePresenter();
+    }
+    storeItem(item);
     if (!item_ || item_->resolvedURL().path().isEmpty()) {
         VLLOG(4, "no preview URL, nothing to show");
         return nullptr;
     }
     modifiedDate_ = item_->contentModificationDate();
+    registerAsFilePresenter();
     // A plain look at the disk: a cloud-only item has only its placeholder.
     const bool exists = QFileInfo::exists(item_->resolvedURL().path());
     detailsViewController_.reset();

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "platform/cloud/FilePresenter.h"
 #include "platform/files/Url.h"
 #include "toolkit/DocumentTargetSelectionControllerDelegate.h"
 
 #include <QDateTime>
 
 #include <memory>
+#include <mutex>
 #include <optional>
 
 namespace vl {
@@ -20,8 +22,10 @@ class ViewController;
 // The presentation of one item after the person asked to look at it: which screen it gets (the
 // quick preview of a local document, or its details), putting that screen on the navigation
 // stack, and the Move and Delete buttons of the screens. The root controller makes one per
-// activation and keeps it until the next; screens hold it weakly. Main thread only.
+// activation and keeps it until the next; screens hold it weakly. Main thread only, except the
+// file-presenter operations, which say what they guard.
 class PreviewItemManager : public DocumentTargetSelectionControllerDelegate,
+                           public FilePresenter,
                            public std::enable_shared_from_this<PreviewItemManager> {
 public:
     // Any mode other than PreviewModePreview shows the details screen.
@@ -86,7 +90,27 @@ public:
     void documentTargetSelectionControllerDidSelectItemAtURL(
         const std::shared_ptr<DocumentTargetSelectionController>& chooser, const Url& url) override;
 
+    // Following the item while it changes, moves or disappears (PreviewItemManagerPresenter.cpp).
+    // The manager is the presenter of its item's URL while it has one and the app is active.
+    std::optional<Url> presentedItemURL() const override;  // any thread
+    DispatchQueuePtr presentedItemOperationQueue() const override { return fcQueue_; }
+    DispatchQueuePtr fcQueue() const { return fcQueue_; }
+    bool filePresenterRegistered() const;
+    // Both are idempotent and may be called from any thread.
+    void registerAsFilePresenter();
+    void unregisterAsFilePresenter();
+
 private:
+    // Stores the item and the URL the presenter answers with.
+    void storeItem(const std::shared_ptr<VLItem>& item);
+
+    // Presenter operations come on fcQueue_, several at a time: the fields below are guarded by
+    // lock_ (the manager's monitor); everything else stays on the main thread.
+    mutable std::mutex lock_;
+    DispatchQueuePtr fcQueue_;
+    std::optional<Url> presentedURL_;       // guarded by lock_
+    bool filePresenterRegistered_ = false;  // guarded by lock_
+
     std::shared_ptr<VLItem> item_;
     int mode_ = PreviewModePreview;
     std::weak_ptr<NavigationController> navigationController_;
