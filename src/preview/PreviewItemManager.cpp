@@ -16,7 +16,9 @@
 namespace vl {
 
 std::shared_ptr<PreviewItemManager> PreviewItemManager::create() {
-    return std::make_shared<PreviewItemManager>();
+    auto manager = std::make_shared<PreviewItemManager>();
+    manager->observeApplicationState();
+    return manager;
 }
 
 // The presenter's queue is concurrent, like an operation queue left at its defaults: callbacks
@@ -27,7 +29,7 @@ PreviewItemManager::PreviewItemManager()
 }
 
 PreviewItemManager::~PreviewItemManager() {
-    unregisterAsFilePresenter();
+    stopFollowing();
 }
 
 void PreviewItemManager::setItem(const std::shared_ptr<VLItem>& item) {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "platform/app/NotificationCenter.h"
 #include "platform/cloud/FilePresenter.h"
 #include "platform/files/Url.h"
 #include "toolkit/DocumentTargetSelectionControllerDelegate.h"
 
 #include <QDateTime>
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -99,10 +101,30 @@ public:
     // Both are idempotent and may be called from any thread.
     void registerAsFilePresenter();
     void unregisterAsFilePresenter();
+    // On fcQueue: they log, take the lock, unregister, answer and hand the rest to the main
+    // queue. A burst of changes makes one refresh, a second after its first change.
+    void presentedItemDidChange() override;
+    void presentedItemDidMoveToURL(const Url& newURL) override;
+    void accommodatePresentedItemDeletionWithCompletionHandler(
+        CompletionHandler completionHandler) override;
+    void accommodatePresentedSubitemDeletionAtURLCompletionHandler(
+        const Url& url, CompletionHandler completionHandler) override;
+    bool refreshPending() const;
+    // Main thread: reads the item at `url` again and keeps or rebuilds the screen for it.
+    void refreshItem(const Url& url);
+    // Presenting stops while the app is in the background.
+    void didBecomeActiveNotification(const Notification& notification);
+    void willResignActiveNotification(const Notification& notification);
+
+    static constexpr std::chrono::seconds RefreshDelay{1};
 
 private:
     // Stores the item and the URL the presenter answers with.
     void storeItem(const std::shared_ptr<VLItem>& item);
+    void observeApplicationState();
+    // Unregisters and stops observing the app's state.
+    void stopFollowing();
+    void refreshQuickPreview(bool contentChanged);
 
     // Presenter operations come on fcQueue_, several at a time: the fields below are guarded by
     // lock_ (the manager's monitor); everything else stays on the main thread.
@@ -110,6 +132,9 @@ private:
     DispatchQueuePtr fcQueue_;
     std::optional<Url> presentedURL_;       // guarded by lock_
     bool filePresenterRegistered_ = false;  // guarded by lock_
+    bool refreshPending_ = false;           // guarded by lock_
+    NotificationCenter::TokenPtr becameActiveObserver_;
+    NotificationCenter::TokenPtr willResignObserver_;
 
     std::shared_ptr<VLItem> item_;
     int mode_ = PreviewModePreview;
