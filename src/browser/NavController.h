@@ -247,6 +247,8 @@ private:
 
     void showUnavailableAlert();
     void stopObserving();
+    // A new manager for the next activation; the old one stops presenting its item first.
+    void replaceItemManager();
     std::shared_ptr<BarButtonItem> makeToolbarButton(
         const char* titleKey, void (NavController::*action)(const std::shared_ptr<BarButtonItem>&));
 

@@ -204,11 +204,20 @@ void NavController::showDICUrlCompletion(QWidget* view, const Url& url,
 void NavController::documentInteractionControllerDidDismissOptionsMenu(
     DocumentInteractionController*) {}
 
+void NavController::replaceItemManager() {
+    // The old manager may outlive this (a download in progress holds it): it stops presenting
+    // its item now, not when it is finally released.
+    if (itemManager_) {
+        itemManager_->unregisterAsFilePresenter();
+    }
+    itemManager_ = PreviewItemManager::create();
+}
+
 void NavController::showPreviewPreviewMode(const std::shared_ptr<VLItem>& item, int mode) {
     if (!item) {
         return;
     }
-    itemManager_ = PreviewItemManager::create();
+    replaceItemManager();
     itemManager_->setMode(mode);
     itemManager_->setNavigationController(sharedAs<NavigationController>());
     itemManager_->previewItem(item);
@@ -236,7 +245,7 @@ bool NavController::showURLPreviewPreviewMode(const Url& url, int mode) {
         return false;
     }
     QList<std::shared_ptr<ViewController>> stack(hierarchy->begin(), hierarchy->end());
-    itemManager_ = PreviewItemManager::create();
+    replaceItemManager();
     itemManager_->setMode(mode);
     itemManager_->setNavigationController(sharedAs<NavigationController>());
     if (const std::shared_ptr<VLItem> item = VLItem::initWithURL(url)) {

@@ -9,6 +9,7 @@
 #include "logging/VLLogging.h"
 #include "platform/text/Format.h"
 #include "platform/text/Strings.h"
+#include "preview/PreviewItemManager.h"
 #include "toolkit/Background.h"
 #include "toolkit/BarButtonItem.h"
 #include "toolkit/DocumentListController.h"
@@ -252,6 +253,9 @@ void NavController::navigationControllerDidShowViewController(
         return;
     }
     // Leaving a preview ends it.
+    if (itemManager_) {
+        itemManager_->unregisterAsFilePresenter();
+    }
     itemManager_.reset();
     if (editMode_) {
         editMode_ = list->isEditing();

@@ -2,6 +2,7 @@
 #include "toolkit/apps/DesktopAppsEnvironment.h"
 
 #include "fileops/UIUtils.h"
+#include "model/VLItem.h"
 #include "preview/GlimpseItemController.h"
 #include "preview/PreviewDetailsViewController.h"
 #include "preview/PreviewItemManager.h"
@@ -175,6 +176,25 @@ TEST_F(NavControllerActivationTest, ShareShowsTheSheetOfTheDocument) {
         top(), 9, url(QStringLiteral("a.txt")), nullptr, [&] { completed = true; });
     EXPECT_TRUE(completed);
     EXPECT_EQ(log_.count(QStringLiteral("performAction:9 -- unexpected value")), 1);
+}
+
+TEST_F(NavControllerActivationTest, OnlyTheCurrentManagerPresentsItsItem) {
+    // Something else (a download under way) may keep the old manager alive: it stops
+    // presenting all the same, when replaced and when its preview is left.
+    nav_->showPreviewPreviewMode(VLItem::initWithURL(url(QStringLiteral("a.txt"))), 1);
+    dispatch_->runUntilIdle();
+    const std::shared_ptr<PreviewItemManager> first = nav_->itemManager();
+    ASSERT_TRUE(first && first->filePresenterRegistered());
+    nav_->showPreviewPreviewMode(VLItem::initWithURL(url(QStringLiteral("b.txt"))), 1);
+    dispatch_->runUntilIdle();
+    const std::shared_ptr<PreviewItemManager> second = nav_->itemManager();
+    EXPECT_FALSE(first->filePresenterRegistered());
+    ASSERT_TRUE(second && second->filePresenterRegistered());
+
+    nav_->popViewControllerAnimated(false);
+    dispatch_->runUntilIdle();
+    EXPECT_FALSE(nav_->itemManager());
+    EXPECT_FALSE(second->filePresenterRegistered());
 }
 
 TEST_F(NavControllerActivationTest, AURLFromOutsideGetsTheListsDownToItsFolder) {
