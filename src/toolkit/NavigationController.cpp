@@ -32,8 +32,13 @@ NavigationController::~NavigationController() {
         animation_->stop();
         delete animation_.data();
     }
-    // Views of the stack belong to their controllers, which may outlive this one.
-    for (const std::shared_ptr<ViewController>& controller : stack_) {
+    // Views of the stack belong to their controllers, which may outlive this one; so does the
+    // view still sliding out (the shared quick preview's, for one).
+    QList<std::shared_ptr<ViewController>> shown = stack_;
+    if (outgoing_) {
+        shown.append(outgoing_);
+    }
+    for (const std::shared_ptr<ViewController>& controller : shown) {
         if (controller->isViewLoaded() && controller->view_ && content_ &&
             controller->view_->parentWidget() == content_) {
             controller->view_->hide();
