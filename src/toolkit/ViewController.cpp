@@ -32,6 +32,10 @@ QWidget* ViewController::view() {
     return view_;
 }
 
+void ViewController::encodeRestorableStateWithCoder(StateCoder&) {}
+
+void ViewController::decodeRestorableStateWithCoder(const StateCoder&) {}
+
 void ViewController::loadView() {
     auto* view = new QWidget;
     fillBackground(view);

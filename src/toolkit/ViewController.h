@@ -16,6 +16,7 @@ class BarButtonItem;
 class NavigationController;
 class NavigationItem;
 class PresentationOverlay;
+class StateCoder;
 enum class UserInterfaceIdiom;
 
 // How a presented controller covers its presenter: the whole window, a centred card over a dimmed
@@ -56,6 +57,11 @@ public:
     void setRestorationIdentifier(const QString& identifier) {
         restorationIdentifier_ = identifier;
     }
+
+    // What the controller keeps for the next start under its restoration identifier, and takes
+    // back then; the base keeps nothing.
+    virtual void encodeRestorableStateWithCoder(StateCoder& coder);
+    virtual void decodeRestorableStateWithCoder(const StateCoder& coder);
 
     // The navigation controller whose stack holds this controller, if any.
     std::shared_ptr<NavigationController> navigationController() const;
