@@ -41,7 +41,8 @@ class VLItem;
 // (list configuration, edit mode, folder taps), NavControllerRules.cpp (when New Folder, Move
 // and Delete are offered), NavControllerMove.cpp (new folders and moves), NavControllerDelete.cpp
 // (the delete flow), NavControllerActions.cpp (rename), NavControllerActivation.cpp (item taps,
-// per-item actions, share, previews and the stack for a URL), NavControllerUndo.cpp
+// per-item actions, share, previews and the stack for a URL), NavControllerRestoration.cpp
+// (the previewed item kept for the next start), NavControllerUndo.cpp
 // (the undo bar after a move or a rename), NavControllerStatus.cpp (the status line and the free
 // space).
 class NavController : public NavigationController,
@@ -54,6 +55,9 @@ class NavController : public NavigationController,
 public:
     static inline const QString NimbraIdentityTokenKey =
         QStringLiteral("com.tessaly.VelloraApp.NimbraIdentityToken");
+    // What the root controller keeps in the restoration archive.
+    static inline const QString RestorationURLKey = QStringLiteral("url");
+    static inline const QString RestorationPreviewModeKey = QStringLiteral("PreviewMode");
 
     NavController();
     ~NavController() override;
@@ -163,6 +167,12 @@ public:
     // The lists from the drive's root down to the URL's folder, with the item's screen on top;
     // no for a URL outside the drive or a folder without lists.
     bool showURLPreviewPreviewMode(const Url& url, int mode);
+
+    // --- State restoration (NavControllerRestoration.cpp) ---
+    // The item a preview screen on top shows and its mode; at the next start, that item's screen
+    // again over the root list (not for a folder, nor an item gone since).
+    void encodeRestorableStateWithCoder(StateCoder& coder) override;
+    void decodeRestorableStateWithCoder(const StateCoder& coder) override;
 
     // --- Undo of moves and renames (NavControllerUndo.cpp) ---
     // The bar along the bottom of the window; made on first use.
