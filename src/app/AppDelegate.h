@@ -13,7 +13,7 @@ class Window;
 // The application delegate: builds the one window with the root navigation controller before
 // any interface state is restored, starts the network watcher once the window first painted, and
 // answers whether the interface state may be saved and restored (only while a cloud account is
-// signed in).
+// signed in), and turns a launch URL into the root controller's request to show an item.
 class AppDelegate {
 public:
     AppDelegate();
@@ -23,6 +23,10 @@ public:
 
     bool applicationWillFinishLaunchingWithOptions(const QVariantMap& launchOptions);
     bool applicationDidFinishLaunchingWithOptions(const QVariantMap& launchOptions);
+    // A launch URL ("velloraapp:" and the item's path, with an optional `mode` of "preview",
+    // "details" or "info") from a trusted sender, named in the options under
+    // LaunchSource::OptionKey: yes when the root controller built the item's screens.
+    bool applicationOpenURLOptions(const QUrl& url, const QVariantMap& options);
     void applicationWillResignActive();
     void dumpWindowInfo();
     bool applicationShouldSaveApplicationState();
