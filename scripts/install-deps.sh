@@ -14,6 +14,7 @@ packages=(
   libsystemd-dev libicu-dev libglib2.0-dev shared-mime-info
   xvfb xauth x11-apps imagemagick xdotool x11vnc iproute2 qt6-wayland weston
   python3-pyatspi at-spi2-core dbus
+  xdg-utils libglib2.0-bin desktop-file-utils
 )
 
 missing=()

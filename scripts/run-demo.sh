@@ -1,5 +1,6 @@
 #!/bin/sh
-# Seeds the demo drive when the home has none, then starts the app.
+# Seeds the demo drive when the home has none, installs the app's desktop entry for the user
+# (the handler of velloraapp: URLs, install-desktop-entry.sh), then starts the app.
 #   ./scripts/run-demo.sh <builddir> [app arguments...]
 # The home is $VELLORA_HOME, else $XDG_DATA_HOME/vellora (~/.local/share/vellora).
 # Without a display (neither DISPLAY nor WAYLAND_DISPLAY), the app is served over VNC on the
@@ -24,6 +25,8 @@ else
 fi
 
 if [ -x "$APP" ]; then
+    "$(dirname "$0")/install-desktop-entry.sh" "$APP" ||
+        echo "run-demo: velloraapp: URLs won't reach the app (see above)" >&2
     if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
         exec "$(dirname "$0")/serve-vnc.sh" "$APP" "$@"
     fi
