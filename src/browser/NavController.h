@@ -169,7 +169,7 @@ public:
     bool showURLPreviewPreviewMode(const Url& url, int mode);
 
     // --- State restoration (NavControllerRestoration.cpp) ---
-    // The item a preview screen on top shows and its mode; at the next start, that item's screen
+    // The item the preview manager shows and its mode; at the next start, that item's screen
     // again over the root list (not for a folder, nor an item gone since).
     void encodeRestorableStateWithCoder(StateCoder& coder) override;
     void decodeRestorableStateWithCoder(const StateCoder& coder) override;

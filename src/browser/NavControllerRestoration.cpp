@@ -6,7 +6,6 @@
 #include "model/VLItem.h"
 #include "platform/app/StateCoder.h"
 #include "preview/PreviewItemManager.h"
-#include "toolkit/DocumentListController.h"
 
 #include <algorithm>
 #include <limits>
@@ -15,11 +14,8 @@ namespace vl {
 
 void NavController::encodeRestorableStateWithCoder(StateCoder& coder) {
     NavigationController::encodeRestorableStateWithCoder(coder);
-    // The manager stays after its screen was left, until the next activation; the person last
-    // saw a folder list then, and that is what the next start shows.
-    const bool showsItem = !std::dynamic_pointer_cast<DocumentListController>(topViewController());
-    if (!itemManager_ || !itemManager_->item() || itemManager_->item()->url().isEmpty() ||
-        !showsItem) {
+    // A folder list shown ends the manager, so a person who went back to the list gets the list.
+    if (!itemManager_ || !itemManager_->item() || itemManager_->item()->url().isEmpty()) {
         return;
     }
     coder.setUrl(RestorationURLKey, itemManager_->item()->url());
