@@ -63,7 +63,15 @@ def widgets(role, name):
     nodes = []
     if root is not None:
         walk(root, nodes)
-    return [n for n in nodes if n.getRoleName() == role and showing(n) and (n.name or "") == name]
+    return [n for n in nodes if matches(n, role, name)]
+
+
+def matches(node, role, name):
+    """Nodes of a screen being replaced vanish while they are read."""
+    try:
+        return node.getRoleName() == role and showing(node) and (node.name or "") == name
+    except Exception:
+        return False
 
 
 def find(role, name, timeout=15.0):
