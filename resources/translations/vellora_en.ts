@@ -270,6 +270,16 @@
         <extracomment>Download progress: %1$@ is the size downloaded so far, %2$@ the whole size, such as “1.2 MB of 4 MB”.</extracomment>
         <translation>%1$@ of %2$@</translation>
     </message>
+    <message id="Download from the Cloud">
+        <source>Download from the Cloud</source>
+        <extracomment>Spoken name of the cloud button on the download screen.</extracomment>
+        <translation>Download from the Cloud</translation>
+    </message>
+    <message id="Download Progress">
+        <source>Download Progress</source>
+        <extracomment>Spoken name of the progress ring on the download screen; its value is spoken as a percentage.</extracomment>
+        <translation>Download Progress</translation>
+    </message>
     <!-- Details screen -->
     <message id="Open in “%@”">
         <source>Open in “%@”</source>

@@ -7,6 +7,7 @@
 #include "preview/GlimpseItemController.h"
 #include "preview/PreviewBaseViewController.h"
 #include "preview/PreviewDetailsViewController.h"
+#include "preview/PreviewDownloadViewController.h"
 #include "toolkit/DocumentListController.h"
 #include "toolkit/DocumentTargetSelectionController.h"
 #include "toolkit/NavigationController.h"
@@ -29,6 +30,7 @@ PreviewItemManager::PreviewItemManager()
 }
 
 PreviewItemManager::~PreviewItemManager() {
+    cancelDownload();
     stopFollowing();
 }
 
@@ -55,6 +57,7 @@ void PreviewItemManager::setItemUpdatePreview(const std::shared_ptr<VLItem>& ite
 
 std::shared_ptr<ViewController> PreviewItemManager::prepareToPreviewItem(
     const std::shared_ptr<VLItem>& item) {
+    cancelDownload();
     const Url oldURL = item_ ? item_->url() : Url();
     const Url newURL = item ? item->url() : Url();
     if (oldURL != newURL) {
@@ -69,6 +72,10 @@ std::shared_ptr<ViewController> PreviewItemManager::prepareToPreviewItem(
     registerAsFilePresenter();
     // A plain look at the disk: a cloud-only item has only its placeholder.
     const bool exists = QFileInfo::exists(item_->resolvedURL().path());
+    {
+        std::lock_guard lock(downloadMutex_);
+        downloadViewController_.reset();
+    }
     detailsViewController_.reset();
     std::shared_ptr<ViewController> screen;
     if (mode_ != PreviewModePreview) {
@@ -76,9 +83,8 @@ std::shared_ptr<ViewController> PreviewItemManager::prepareToPreviewItem(
     } else if (exists) {
         screen = createGlimpseController();
     } else {
-        VLLOG(6, "Preview: File doesn't exist, no screen for %@ until it is downloaded",
-              item_->url());
-        return nullptr;
+        autoDownload_ = shouldAutoDownload();
+        screen = createDownloadViewController();
     }
     if (exists) {
         VLLOG(7, "Preview: File exists, using %@", screen->metaObject()->className());
@@ -89,7 +95,17 @@ std::shared_ptr<ViewController> PreviewItemManager::prepareToPreviewItem(
 }
 
 void PreviewItemManager::finishPreviewingItem() {
-    // The automatic download of a cloud-only item starts here once its screen is on the stack.
+    const std::shared_ptr<NavigationController> navigation = navigationController();
+    const std::shared_ptr<ViewController> top =
+        navigation ? navigation->topViewController() : nullptr;
+    if (!autoDownload_ || !top || mode_ != PreviewModePreview ||
+        !std::dynamic_pointer_cast<PreviewDownloadViewController>(top)) {
+        return;
+    }
+    if (const auto screen = downloadViewController()) {
+        screen->setDownloading(true);
+    }
+    startDownload();
 }
 
 std::shared_ptr<PreviewDetailsViewController> PreviewItemManager::createDetailsViewController() {
@@ -141,7 +157,14 @@ bool PreviewItemManager::isPreviewControllerDisplayed(
 void PreviewItemManager::viewControllerWillDisappear(
     const std::shared_ptr<ViewController>& controller) {
     // The quick preview is shared and never this manager's own.
-    if (controller && controller == detailsViewController_) {
+    if (!controller) {
+        return;
+    }
+    if (controller == downloadViewController()) {
+        cancelDownload();
+        std::lock_guard lock(downloadMutex_);
+        downloadViewController_.reset();
+    } else if (controller == detailsViewController_) {
         detailsViewController_.reset();
     }
 }

@@ -2,12 +2,16 @@
 
 #include "platform/app/NotificationCenter.h"
 #include "platform/cloud/FilePresenter.h"
+#include "platform/dispatch/Dispatch.h"
+#include "platform/files/Error.h"
 #include "platform/files/Url.h"
 #include "toolkit/DocumentTargetSelectionControllerDelegate.h"
 
 #include <QDateTime>
 
+#include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -16,16 +20,19 @@ namespace vl {
 
 class BarButtonItem;
 class DocumentInteractionController;
+class FileCoordinator;
 class NavigationController;
 class PreviewDetailsViewController;
+class PreviewDownloadViewController;
 class VLItem;
 class ViewController;
 
 // The presentation of one item after the person asked to look at it: which screen it gets (the
-// quick preview of a local document, or its details), putting that screen on the navigation
-// stack, and the Move and Delete buttons of the screens. The root controller makes one per
-// activation and keeps it until the next; screens hold it weakly. Main thread only, except the
-// file-presenter operations, which say what they guard.
+// quick preview of a local document, the download screen of a cloud-only one, or its details),
+// putting that screen on the navigation stack, the Move and Delete buttons of the screens, and
+// the download of a cloud-only item. The root controller makes one per activation and keeps it
+// until the next; screens hold it weakly. Main thread only, except the file-presenter operations
+// and the download members, which say what they guard and where they run.
 class PreviewItemManager : public DocumentTargetSelectionControllerDelegate,
                            public FilePresenter,
                            public std::enable_shared_from_this<PreviewItemManager> {
@@ -38,7 +45,8 @@ public:
     PreviewItemManager();
     ~PreviewItemManager() override;
 
-    const std::shared_ptr<VLItem>& item() const { return item_; }
+    // A copy: the download queue reads it while the main thread may replace it.
+    std::shared_ptr<VLItem> item() const;
     // Shows the item (setItemUpdatePreview with yes).
     void setItem(const std::shared_ptr<VLItem>& item);
     void previewItem(const std::shared_ptr<VLItem>& item);
@@ -69,11 +77,10 @@ public:
         return detailsViewController_;
     }
 
-    // Stores the item and returns the screen for it by the mode and whether its content is
-    // here; none when it has no file to show, or in preview mode when its content is not here
-    // (cloud-only items get no screen yet).
+    // Cancels any download, stores the item and returns the screen for it by the mode and
+    // whether its content is here; none when it has no file to show.
     std::shared_ptr<ViewController> prepareToPreviewItem(const std::shared_ptr<VLItem>& item);
-    // After the chosen screen is on the stack.
+    // After the chosen screen is on the stack: starts the automatic download.
     void finishPreviewingItem();
     std::shared_ptr<PreviewDetailsViewController> createDetailsViewController();
     std::shared_ptr<ViewController> createGlimpseController();
@@ -81,7 +88,8 @@ public:
     // Replaces a preview screen on top in place, else pushes (after ending a search on top).
     void replaceLastViewController(const std::shared_ptr<ViewController>& controller);
     static bool isPreviewControllerDisplayed(const std::shared_ptr<ViewController>& controller);
-    // From each screen's will-disappear: a screen of this manager's is forgotten.
+    // From each screen's will-disappear: a screen of this manager's is forgotten; the download
+    // screen's going cancels the download.
     void viewControllerWillDisappear(const std::shared_ptr<ViewController>& controller);
 
     // The Delete and Move buttons of the screens: `presenter` is the screen whose button it was.
@@ -136,12 +144,59 @@ private:
     NotificationCenter::TokenPtr becameActiveObserver_;
     NotificationCenter::TokenPtr willResignObserver_;
 
-    std::shared_ptr<VLItem> item_;
+    std::shared_ptr<VLItem> item_;  // written on the main thread under lock_
     int mode_ = PreviewModePreview;
     std::weak_ptr<NavigationController> navigationController_;
     std::shared_ptr<DocumentInteractionController> documentInteractionController_;
     std::optional<QDateTime> modifiedDate_;
     std::shared_ptr<PreviewDetailsViewController> detailsViewController_;
+
+    // --- Downloading a cloud-only item (PreviewItemManagerDownload.cpp) ---
+public:
+    // Items this large or larger wait for the Download button.
+    static constexpr quint64 kAutoDownloadSizeLimit = 6ull * 1024 * 1024;
+    // On cellular, larger items are refused even by hand.
+    static constexpr quint64 kCellularDownloadSizeLimit = 100ull * 1024 * 1024;
+    static inline const QString kNetworkActivityKey = QStringLiteral("PreviewDownload");
+
+    // (the item's resolved URL when the outcome was known, the URL to read the content at or
+    // none, the error or none); on the main thread.
+    using DownloadCompletion =
+        std::function<void(const Url& oldURL, const Url& newURL, const std::optional<Error>&)>;
+
+    std::shared_ptr<PreviewDownloadViewController> createDownloadViewController();
+    // The download screen this manager made and that is still on screen.
+    std::shared_ptr<PreviewDownloadViewController> downloadViewController() const;
+    bool autoDownload() const { return autoDownload_; }
+    void setAutoDownload(bool autoDownload) { autoDownload_ = autoDownload; }
+    // Wi-Fi, smaller than kAutoDownloadSizeLimit (an unknown size counts as 0) and previewable.
+    bool shouldAutoDownload();
+    // A download whose success shows the quick preview in place of the download screen.
+    void startDownload();
+    // Queues a download on downloadQueue; downloads run one at a time, in order.
+    void startDownloading(DownloadCompletion completion);
+    // Runs a download on downloadQueue, blocking it until the content is here or the read fails.
+    void startDownloadingNow(const DownloadCompletion& completion);
+    // Thread-safe. A cancelled download leaves the item cloud-only.
+    void cancelDownload();
+    // Says nothing for a cancelled download.
+    void showDownloadError(const std::optional<Error>& error);
+    bool hasDownloadInProgress() const;
+    const DispatchQueuePtr& downloadQueue() const { return downloadQueue_; }
+
+private:
+    void startDownloadingNow(const DownloadCompletion& completion, quint64 requestGeneration);
+    void cancelDownloadCoordinator();
+    void clearDownloadCoordinator(const std::shared_ptr<FileCoordinator>& coordinator);
+
+    mutable std::mutex downloadMutex_;  // guards downloadFC_, downloadViewController_
+    std::shared_ptr<FileCoordinator> downloadFC_;
+    std::shared_ptr<PreviewDownloadViewController> downloadViewController_;
+    bool autoDownload_ = false;  // main thread
+    // Counts cancelDownload calls, so that a download cancelled while it waited in the queue is
+    // cancelled as it starts.
+    std::atomic<quint64> cancelGeneration_{0};
+    const DispatchQueuePtr downloadQueue_ = Dispatch::serialQueue(QStringLiteral("downloadQueue"));
 };
 
 }  // namespace vl

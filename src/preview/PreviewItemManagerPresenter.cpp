@@ -47,8 +47,8 @@ void PreviewItemManager::unregisterAsFilePresenter() {
 }
 
 void PreviewItemManager::storeItem(const std::shared_ptr<VLItem>& item) {
-    item_ = item;
     std::lock_guard guard(lock_);
+    item_ = item;
     presentedURL_ = item ? std::optional<Url>(item->url()) : std::nullopt;
 }
 

@@ -3,6 +3,7 @@
 #include "model/VLItem.h"
 #include "preview/GlimpseItemController.h"
 #include "preview/PreviewDetailsViewController.h"
+#include "preview/PreviewDownloadViewController.h"
 #include "preview/PreviewItemManager.h"
 #include "toolkit/AlertController.h"
 #include "toolkit/BarButtonItem.h"
@@ -96,13 +97,13 @@ TEST_F(PreviewItemManagerTest, AnyOtherModeShowsTheDetailsInPlaceOfThePreview) {
     EXPECT_EQ(nav_->viewControllers().size(), 1);
 }
 
-TEST_F(PreviewItemManagerTest, NoScreenLeavesTheStackAlone) {
-    // Nothing to preview without an item; a cloud-only document has no screen yet in preview
-    // mode; the item is still stored.
+TEST_F(PreviewItemManagerTest, ACloudOnlyDocumentGetsTheDownloadScreenOrItsDetails) {
+    // Nothing to preview without an item.
     auto manager = PreviewItemManager::create();
     manager->setNavigationController(nav_);
     EXPECT_FALSE(manager->prepareToPreviewItem(nullptr));
     EXPECT_EQ(log_.count(QStringLiteral("no preview URL, nothing to show")), 1);
+    EXPECT_EQ(nav_->viewControllers().size(), 1);
 
     const QString source = dir_.path() + QStringLiteral("/remote.txt");
     QFile file(source);
@@ -115,13 +116,18 @@ TEST_F(PreviewItemManagerTest, NoScreenLeavesTheStackAlone) {
     manager->previewItem(item);
     dispatch_->runUntilIdle();
     EXPECT_EQ(manager->item(), item);
-    EXPECT_EQ(nav_->viewControllers().size(), 1);
+    ASSERT_TRUE(manager->downloadViewController());
+    EXPECT_EQ(nav_->topViewController(), manager->downloadViewController());
+    EXPECT_EQ(manager->downloadViewController()->itemManager(), manager);
+    EXPECT_FALSE(manager->autoDownload()) << "the network is not known to be Wi-Fi";
 
-    // Its details can be shown all the same.
+    // Its details replace the download screen in place.
     manager->setMode(PreviewItemManager::PreviewModeDetails);
     manager->previewItem(item);
     dispatch_->runUntilIdle();
     EXPECT_EQ(nav_->topViewController(), manager->detailsViewController());
+    EXPECT_FALSE(manager->downloadViewController());
+    EXPECT_EQ(nav_->viewControllers().size(), 2);
 }
 
 TEST_F(PreviewItemManagerTest, APreviewFromSearchResultsEndsTheSearchFirst) {
