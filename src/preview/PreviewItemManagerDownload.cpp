@@ -19,6 +19,16 @@
 
 namespace vl {
 
+namespace {
+
+// The screen may have left the stack meanwhile: its last reference, and with it its widgets, must
+// not go on the download thread.
+void releaseOnMainQueue(std::shared_ptr<PreviewDownloadViewController> screen) {
+    Dispatch::mainQueue()->async([screen = std::move(screen)] {});
+}
+
+}  // namespace
+
 std::shared_ptr<VLItem> PreviewItemManager::item() const {
     std::lock_guard guard(lock_);
     return item_;
@@ -122,8 +132,9 @@ void PreviewItemManager::startDownloadingNow(const DownloadCompletion& completio
     } else {
         VLLOG(7, "Dispatching download -- although file is already local");
     }
-    if (const auto screen = downloadViewController()) {
+    if (auto screen = downloadViewController()) {
         screen->registerForProgress();
+        releaseOnMainQueue(std::move(screen));
     }
 
     bool reachable = true;
@@ -156,8 +167,9 @@ void PreviewItemManager::startDownloadingNow(const DownloadCompletion& completio
         return;
     }
 
-    if (const auto screen = downloadViewController()) {
+    if (auto screen = downloadViewController()) {
         screen->unregisterProgress();
+        releaseOnMainQueue(std::move(screen));
     }
     NetworkIndicator::sharedNetworkIndicator().hide(kNetworkActivityKey);
     if (error->code() != Error::UserCancelled) {
