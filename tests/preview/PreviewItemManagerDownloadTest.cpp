@@ -121,37 +121,35 @@ TEST_F(PreviewItemManagerDownloadTest, OnlySmallPreviewableItemsOnWiFiDownloadBy
     }
 }
 
-TEST_F(PreviewItemManagerDownloadTest, ASmallPhotoOnWiFiDownloadsByItselfAndIsPreviewed) {
+TEST_F(PreviewItemManagerDownloadTest, ASmallItemOnWiFiDownloadsByItselfAndIsPreviewed) {
     setNetwork(NetworkWatcher::NetworkStateWiFi);
-    const Url photo = cloudOnly(QStringLiteral("note.txt"), QByteArray(300'000, 'n'));
+    const Url note = cloudOnly(QStringLiteral("note.txt"), QByteArray(300'000, 'n'));
     bool indicatorDuringRead = false;
     bool subscribedDuringRead = false;
     std::shared_ptr<PreviewItemManager> manager;
     const auto token = ItemProgress::addSubscriberForFileURL(
-        photo, [&](const std::shared_ptr<ItemProgress>&) -> ItemProgress::UnpublishingHandler {
+        note, [&](const std::shared_ptr<ItemProgress>&) -> ItemProgress::UnpublishingHandler {
             indicatorDuringRead =
                 NetworkActivityIndicator::shared().isNetworkActivityIndicatorVisible();
             subscribedDuringRead = manager->downloadViewController()->isSubscribedToProgress();
             return {};
         });
-    manager = open(photo);
+    manager = open(note);
     ASSERT_TRUE(screen());
     EXPECT_TRUE(manager->autoDownload());
     EXPECT_TRUE(screen()->downloading());
-    EXPECT_TRUE(screen()->downloadView()->cancelButton()->isVisibleTo(screen()->view()));
 
     dispatch_->runUntilIdle();
     ItemProgress::removeSubscriber(token);
     EXPECT_TRUE(indicatorDuringRead);
     EXPECT_TRUE(subscribedDuringRead);
     EXPECT_FALSE(NetworkActivityIndicator::shared().isNetworkActivityIndicatorVisible());
-    EXPECT_TRUE(isLocal(photo));
+    EXPECT_TRUE(isLocal(note));
     EXPECT_EQ(nav_->topViewController(), GlimpseItemController::defaultController());
     EXPECT_EQ(nav_->viewControllers().size(), 2) << "the preview took the screen's place";
     EXPECT_FALSE(manager->hasDownloadInProgress());
-    EXPECT_FALSE(manager->downloadViewController());
-    EXPECT_EQ(log_.count(QStringLiteral("Dispatching download of ") + photo.description()), 1);
-    EXPECT_EQ(log_.count(QStringLiteral("Showing preview of URL ") + photo.description()), 1);
+    EXPECT_EQ(log_.count(QStringLiteral("Dispatching download of ") + note.description()), 1);
+    EXPECT_EQ(log_.count(QStringLiteral("Showing preview of URL ") + note.description()), 1);
 }
 
 TEST_F(PreviewItemManagerDownloadTest, ByHandOnCellularUpToOneHundredMebibytes) {
@@ -285,24 +283,7 @@ TEST_F(PreviewItemManagerDownloadTest, DownloadsRunOneAfterTheOther) {
     EXPECT_EQ(log_.count(QStringLiteral("Dispatching download of ") + note.description()), 1);
     EXPECT_EQ(log_.count(QStringLiteral("Dispatching download -- although file is already local")),
               1);
-}
-
-TEST_F(PreviewItemManagerDownloadTest, AnItemAlreadyHereIsReadAndPreviewed) {
-    const auto manager = PreviewItemManager::create();
-    managers_.push_back(manager);
-    manager->setNavigationController(nav_);
-    manager->setItemWithoutPreview(VLItem::initWithURL(url(QStringLiteral("a.txt"))));
-    nav_->pushViewController(manager->createDownloadViewController(), false);
-    dispatch_->runUntilIdle();
-    bool indicatorShown = false;
-    const auto observer = NetworkActivityIndicator::shared().addObserver(
-        [&](bool visible) { indicatorShown |= visible; });
-    manager->startDownload();
-    dispatch_->runUntilIdle();
-    EXPECT_FALSE(indicatorShown);
-    EXPECT_EQ(log_.count(QStringLiteral("Dispatching download -- although file is already local")),
-              1);
-    EXPECT_EQ(nav_->topViewController(), GlimpseItemController::defaultController());
+    EXPECT_FALSE(NetworkActivityIndicator::shared().isNetworkActivityIndicatorVisible());
 }
 
 }  // namespace
