@@ -13,7 +13,9 @@
 #include "toolkit/Window.h"
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QLayout>
+#include <QTimer>
 
 #include <thread>
 
@@ -151,6 +153,54 @@ TEST_F(PreviewDownloadViewControllerTest, LandscapePutsPictureAndColumnSideBySid
     window->resize(390, 844);
     settle();
     EXPECT_FALSE(screen->isSideBySide());
+}
+
+// The same screen with the real queues: the read on the download thread, the ring and the size
+// line on the main thread, as the app runs them.
+class PreviewDownloadOnRealQueuesTest : public DriveFixture {};
+
+TEST_F(PreviewDownloadOnRealQueuesTest, ProgressMovesTheRingUntilThePreviewTakesOver) {
+    ServiceSettings settings = store_->readServiceSettings();
+    settings.throttleBytesPerSecond = 4'000'000;
+    ASSERT_FALSE(store_->writeServiceSettings(settings));
+    const Url url = import("Harbour.txt", QByteArray(1'000'000, 'h'), true);
+    Window window(QRect(0, 0, 390, 844));
+    const auto nav = std::make_shared<NavigationController>(std::make_shared<ViewController>());
+    window.setRootViewController(nav);
+    window.show();
+    const auto manager = PreviewItemManager::create();
+    manager->setNavigationController(nav);
+    manager->previewItem(VLItem::initWithURL(url));
+    const auto screen = manager->downloadViewController();
+    ASSERT_TRUE(screen);
+    QApplication::processEvents();
+
+    QStringList texts;
+    float ring = 0;
+    QEventLoop loop;
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        if (nav->topViewController() != screen) {
+            loop.quit();
+            return;
+        }
+        const QString text = screen->downloadView()->sizeLabel()->text();
+        if (texts.isEmpty() || texts.last() != text) {
+            texts << text;
+        }
+        ring = std::max(ring, screen->downloadView()->roundProgressView()->uiProgress());
+    });
+    QTimer::singleShot(30'000, &loop, &QEventLoop::quit);
+    watch.start(5);
+    screen->downloadView()->downloadButton()->click();
+    loop.exec();
+
+    EXPECT_NE(nav->topViewController(), screen) << "the quick preview took the screen's place";
+    EXPECT_TRUE(QFileInfo::exists(url.path()));
+    EXPECT_GE(texts.filter(QStringLiteral(" of 1.0 MB")).size(), 3)
+        << texts.join(" | ").toStdString();
+    EXPECT_GT(ring, 0.2f);
+    EXPECT_FALSE(manager->hasDownloadInProgress());
 }
 
 }  // namespace
