@@ -133,6 +133,8 @@ private:
     // Unregisters and stops observing the app's state.
     void stopFollowing();
     void refreshQuickPreview(bool contentChanged);
+    // One refresh a second from now, unless one is already on its way.
+    void scheduleRefresh();
 
     // Presenter operations come on fcQueue_, several at a time: the fields below are guarded by
     // lock_ (the manager's monitor); everything else stays on the main thread.

@@ -81,6 +81,11 @@ void PreviewItemManager::stopFollowing() {
 void PreviewItemManager::didBecomeActiveNotification(const Notification&) {
     VLLOG(7, "Becoming active for %@", item_ ? item_->url() : Url());
     registerAsFilePresenter();
+    // Nothing was heard while away (on a desktop, whenever another window had the focus): an
+    // edit or a download made meanwhile shows once the usual refresh has looked again.
+    if (item_) {
+        scheduleRefresh();
+    }
 }
 
 void PreviewItemManager::willResignActiveNotification(const Notification&) {
@@ -90,6 +95,10 @@ void PreviewItemManager::willResignActiveNotification(const Notification&) {
 
 void PreviewItemManager::presentedItemDidChange() {
     VLLOG(6, "%@ changed", presentedItemURL());
+    scheduleRefresh();
+}
+
+void PreviewItemManager::scheduleRefresh() {
     {
         std::lock_guard guard(lock_);
         if (refreshPending_) {

@@ -135,6 +135,9 @@ TEST_F(PreviewItemManagerPresenterTest, TheBackgroundStopsPresentingAndTheForegr
     settle();
     EXPECT_TRUE(manager->filePresenterRegistered());
     EXPECT_EQ(log_.count(QStringLiteral("Becoming active for ") + aURL()), 1);
+    // What changed meanwhile is looked at once more.
+    dispatch_->advanceBy(1s);
+    EXPECT_EQ(refreshes(), 1);
 
     // A manager that is gone hears nothing of the app.
     manager.reset();
