@@ -28,14 +28,11 @@ void NavController::decodeRestorableStateWithCoder(const StateCoder& coder) {
     if (!url || !FileUtils::exists(*url) || !FileUtils::isFile(*url)) {
         return;
     }
-    if (itemManager_) {
-        itemManager_->unregisterAsFilePresenter();
-    }
     // Any mode other than preview is details, a number too large for the manager's mode too.
     const qint64 mode =
         std::clamp<qint64>(coder.integer(RestorationPreviewModeKey),
                            std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
-    itemManager_ = PreviewItemManager::create();
+    replaceItemManager();
     itemManager_->setMode(static_cast<int>(mode));
     itemManager_->setNavigationController(sharedAs<NavigationController>());
     if (const std::shared_ptr<VLItem> item = VLItem::initWithURL(*url)) {
