@@ -95,6 +95,18 @@ public:
     std::optional<Error> movePromisedItem(const Url& source, const Url& destination) override {
         return real_->movePromisedItem(source, destination);
     }
+    std::optional<Error> setItemPinned(const Url& url, bool pinned) override {
+        return real_->setItemPinned(url, pinned);
+    }
+    bool isItemPinned(const Url& url) const override { return real_->isItemPinned(url); }
+    bool isItemKeptOffline(const Url& url) const override { return real_->isItemKeptOffline(url); }
+    QSet<QString> pinnedItemNamesInFolder(const Url& folder) const override {
+        return real_->pinnedItemNamesInFolder(folder);
+    }
+    QList<Url> cloudOnlyItemsAtURL(const Url& url) const override {
+        return real_->cloudOnlyItemsAtURL(url);
+    }
+    quint64 bytesOnThisDevice() const override { return real_->bytesOnThisDevice(); }
 
 private:
     std::shared_ptr<CloudDocuments> real_;

@@ -6,6 +6,7 @@
 #include "ImportCommand.h"
 #include "NetworkCommand.h"
 #include "QuotaCommand.h"
+#include "ReclaimCommand.h"
 #include "RemoteCommand.h"
 #include "SeedDemoCommand.h"
 #include "SigninCommand.h"
@@ -27,6 +28,7 @@ CommandLine::CommandLine() {
     commands_.push_back(std::make_unique<ImportCommand>());
     commands_.push_back(std::make_unique<RemoteCommand>());
     commands_.push_back(std::make_unique<EvictCommand>());
+    commands_.push_back(std::make_unique<ReclaimCommand>());
     commands_.push_back(std::make_unique<NetworkCommand>());
     commands_.push_back(std::make_unique<QuotaCommand>());
     commands_.push_back(std::make_unique<TagsCommand>());

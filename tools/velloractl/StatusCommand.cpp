@@ -64,6 +64,9 @@ void listItems(ToolContext& context, const QString& relative) {
         }
         const bool folder = here ? local.isDir() && !local.isSymLink()
                                  : QFileInfo(cloud + QLatin1Char('/') + name).isDir();
+        if (context.store().isPinned(context.itemURL(path))) {
+            where += QStringLiteral(", pinned");
+        }
         context.print(QStringLiteral("  %1%2: %3")
                           .arg(path, folder ? QStringLiteral("/") : QString(), where));
         if (folder && (here || !placeholder)) {
@@ -166,6 +169,19 @@ int StatusCommand::run(ToolContext& context, Arguments& arguments) {
                       .arg(cloudOnlyBytes)
                       .arg(folders)
                       .arg(references));
+
+    // Pinned items are kept on the device: space reclaiming passes them over, and the running
+    // service downloads what arrives for them.
+    const QStringList pinned = store.pinnedItems();
+    context.print(pinned.isEmpty() ? QStringLiteral("Pinned: none")
+                                   : QStringLiteral("Pinned: %1").arg(pinned.size()));
+    for (const QString& path : pinned) {
+        const Url url = context.itemURL(path);
+        context.print(QStringLiteral("  %1: %2")
+                          .arg(path, store.cloudOnlyItems(url).isEmpty()
+                                         ? QStringLiteral("on this device")
+                                         : QStringLiteral("not all on this device yet")));
+    }
 
     Error kvError;
     const QVariantMap values = store.readKeyValueStore(&kvError);

@@ -1,6 +1,7 @@
 #include "drive/service/CloudDocumentsService.h"
 
 #include "logging/VLLogging.h"
+#include "platform/app/NotificationCenter.h"
 #include "platform/cloud/FileCoordinator.h"
 
 #include <QDir>
@@ -199,6 +200,36 @@ std::optional<Error> CloudDocumentsService::evictDriveItem(const Url& url) {
 std::optional<Error> CloudDocumentsService::movePromisedItem(const Url& source,
                                                              const Url& destination) {
     return store_->movePromisedItem(source, destination);
+}
+
+std::optional<Error> CloudDocumentsService::setItemPinned(const Url& url, bool pinned) {
+    std::optional<Error> error = store_->setPinned(url, pinned);
+    if (!error) {
+        NotificationCenter::defaultCenter().post(
+            Notifications::DriveItemPinningDidChange,
+            {{QStringLiteral("url"), DriveStore::logicalURLFor(url).toQUrl()}});
+    }
+    return error;
+}
+
+bool CloudDocumentsService::isItemPinned(const Url& url) const {
+    return store_->isPinned(url);
+}
+
+bool CloudDocumentsService::isItemKeptOffline(const Url& url) const {
+    return store_->isKeptOffline(url);
+}
+
+QSet<QString> CloudDocumentsService::pinnedItemNamesInFolder(const Url& folder) const {
+    return store_->pinnedNamesInFolder(folder);
+}
+
+QList<Url> CloudDocumentsService::cloudOnlyItemsAtURL(const Url& url) const {
+    return store_->cloudOnlyItems(url);
+}
+
+quint64 CloudDocumentsService::bytesOnThisDevice() const {
+    return store_->localContentSize();
 }
 
 }  // namespace vl

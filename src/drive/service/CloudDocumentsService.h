@@ -44,6 +44,13 @@ public:
     std::optional<Error> evictDriveItem(const Url& url) override;
     std::optional<Error> movePromisedItem(const Url& source, const Url& destination) override;
 
+    std::optional<Error> setItemPinned(const Url& url, bool pinned) override;
+    bool isItemPinned(const Url& url) const override;
+    bool isItemKeptOffline(const Url& url) const override;
+    QSet<QString> pinnedItemNamesInFolder(const Url& folder) const override;
+    QList<Url> cloudOnlyItemsAtURL(const Url& url) const override;
+    quint64 bytesOnThisDevice() const override;
+
     const std::shared_ptr<DriveStore>& store() const { return store_; }
 
 private:

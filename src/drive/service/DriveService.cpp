@@ -5,6 +5,7 @@
 #include "drive/service/CloudAccountService.h"
 #include "drive/service/CloudDocumentsService.h"
 #include "drive/service/KeyValueStoreService.h"
+#include "drive/service/PinnedContentKeeper.h"
 #include "logging/VLLogging.h"
 
 #include <QCoreApplication>
@@ -38,7 +39,11 @@ DriveService::DriveService(const QString& homePath)
     keyValueStore_ = std::make_shared<KeyValueStoreService>(store_);
 }
 
-DriveService::~DriveService() = default;
+DriveService::~DriveService() {
+    if (keeper_) {
+        keeper_->stop();
+    }
+}
 
 std::shared_ptr<DriveService> DriveService::install(const QString& homePath) {
     static std::once_flag stopAtExit;
@@ -65,6 +70,9 @@ std::shared_ptr<DriveService> DriveService::current() {
 void DriveService::stopWatching() {
     account_->stopWatching();
     keyValueStore_->stopWatching();
+    if (keeper_) {
+        keeper_->stop();
+    }
     if (coordination_) {
         coordination_->stopWatching();
     }
@@ -76,6 +84,8 @@ void DriveService::installShared() {
     KeyValueStore::setShared(keyValueStore_);
     coordination_ = DriveCoordinationBackend::install(store_);
     DriveReachabilityMonitor::install(store_->home());
+    keeper_ = std::make_shared<PinnedContentKeeper>(store_);
+    keeper_->start();
 }
 
 }  // namespace vl

@@ -12,6 +12,7 @@ class CloudAccountService;
 class CloudDocumentsService;
 class DriveCoordinationBackend;
 class KeyValueStoreService;
+class PinnedContentKeeper;
 
 // Creates the drive service of one home and installs its implementations behind the platform
 // contracts. The app calls install() once at start-up; tests call it on a temporary home.
@@ -44,6 +45,7 @@ private:
     std::shared_ptr<CloudAccountService> account_;
     std::shared_ptr<KeyValueStoreService> keyValueStore_;
     std::shared_ptr<DriveCoordinationBackend> coordination_;  // set by installShared
+    std::shared_ptr<PinnedContentKeeper> keeper_;             // set by installShared
 };
 
 }  // namespace vl

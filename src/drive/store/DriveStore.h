@@ -11,6 +11,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
@@ -138,13 +139,39 @@ public:
     std::optional<QString> sharedRole(const Url& url) const;
     std::optional<Error> setSharedRole(const Url& url, const std::optional<QString>& role);
 
+    // --- Pinning: items kept offline (DriveStorePinning.cpp) ---
+    // The item's own pin, kept in metadata.json under its drive-relative path whether its content
+    // is local or not, so that a download or an eviction leaves it alone and moves carry it.
+    bool isPinned(const Url& url) const;
+    // Pinned itself, or inside a pinned folder.
+    bool isKeptOffline(const Url& url) const;
+    // Unpinning also unpins everything inside the item: what is left of it may go to the cloud.
+    std::optional<Error> setPinned(const Url& url, bool pinned);
+    // The items pinned themselves, drive-relative, sorted.
+    QStringList pinnedItems() const;
+    // The names of the items of `folder` pinned themselves.
+    QSet<QString> pinnedNamesInFolder(const Url& folder) const;
+    // The bytes of content on this device: every local file of the drive (placeholders and
+    // document references not counted).
+    quint64 localContentSize() const;
+    // The cloud-only items at or below `url` (their logical URLs): a cloud-only folder counts as
+    // one item, since one download brings it whole.
+    QList<Url> cloudOnlyItems(const Url& url) const;
+    // Space reclaiming, as a device running out of storage does it: evicts downloaded items that
+    // are not kept offline, least recently used first, until `bytes` are freed (0: all of them).
+    // Answers the bytes freed; `evicted` gets the items evicted.
+    quint64 reclaimSpace(quint64 bytes, QList<Url>* evicted = nullptr);
+    // The error that refuses to evict an item kept offline (the file domain's "unsupported").
+    static Error keptOfflineError(const Url& url);
+
     // --- Items ---
     // Copies a file or folder into the drive at `driveRelativePath` and into the cloud copy;
     // with cloudOnly, only a placeholder is made locally. An existing item is never replaced.
     std::optional<Error> importItem(const QString& sourcePath, const QString& driveRelativePath,
                                     bool cloudOnly);
     // Replaces a downloaded local item with a placeholder; its content stays in the cloud copy
-    // (brought up to date first). A cloud-only item is left alone.
+    // (brought up to date first; refused with 4355 while the network is off). A cloud-only item
+    // is left alone; an item kept offline is refused, and inside a folder passed over.
     std::optional<Error> evict(const Url& url);
     // Moves an item, local or cloud-only, and its cloud copy; tags and sharing follow it.
     std::optional<Error> movePromisedItem(const Url& source, const Url& destination);

@@ -51,6 +51,14 @@ std::optional<Error> DriveStore::evictFile(const QString& path) {
     const QByteArray cloud = nativePath(cloudPathFor(*relative));
     const QByteArray signature = ItemTree::signature(local);
     if (!ItemTree::sameContent(local, cloud)) {
+        if (readServiceSettings().network == ServiceSettings::NetworkNone) {
+            // The only copy of these changes is here: without a network it stays.
+            VLLOG(4, "Not evicting %@: its changes can't reach the cloud offline", url);
+            return Error(Error::FileErrorDomain, Error::CloudServerUnavailable,
+                         {{Error::FilePathKey, path},
+                          {Error::LocalizedFailureReasonKey,
+                           QStringLiteral("Its changes are not in the cloud yet.")}});
+        }
         if (std::optional<Error> copyError = replaceCloudCopy(local, cloud)) {
             VLLOG(3, "Not evicting %@: the cloud copy could not be updated: %@", url, *copyError);
             return copyError;

@@ -259,6 +259,9 @@ std::optional<Error> DriveStore::evict(const Url& url) {
     if (!lstatPath(url.path(), &st)) {
         return Error::fileError(Error::FileNoSuchFile, url.path());
     }
+    if (isKeptOffline(url)) {
+        return keptOfflineError(url);
+    }
     const QString name = url.lastPathComponent();
     if (S_ISDIR(st.st_mode) && !isPackageDirectoryName(name)) {
         // A folder stays; its items go back to the cloud one by one.
@@ -267,7 +270,8 @@ std::optional<Error> DriveStore::evict(const Url& url) {
             QDir(url.path())
                 .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
         for (const QString& child : children) {
-            if (DriveHome::isPlaceholderFileName(child)) {
+            if (DriveHome::isPlaceholderFileName(child) ||
+                isKeptOffline(url.appendingPathComponent(child))) {
                 continue;
             }
             if (std::optional<Error> error = evict(url.appendingPathComponent(child))) {

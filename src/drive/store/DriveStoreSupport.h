@@ -20,6 +20,7 @@ namespace vl::storesupport {
 inline constexpr const char* kTagsAttribute = "user.xdg.tags";
 inline constexpr const char* kTagsKey = "tags";
 inline constexpr const char* kSharedKey = "shared";
+inline constexpr const char* kPinnedKey = "pinned";
 inline constexpr int kReadUnknown = 256;
 // How long a read may trust the in-memory metadata record without looking at metadata.json.
 inline constexpr qint64 kMetadataRecheckNs = 50'000'000;

@@ -29,6 +29,9 @@ inline const QString ManagedPreferencesDidChange =
     QStringLiteral("com.tessaly.policystore.defaultsdidchange");
 inline const QString KeyValueStoreDidChangeExternally =
     QStringLiteral("VLKeyValueStoreDidChangeExternallyNotification");
+// Posted by the cloud documents service when an item is pinned or unpinned; "url" is the item's.
+inline const QString DriveItemPinningDidChange =
+    QStringLiteral("VLDriveItemPinningDidChangeNotification");
 }  // namespace Notifications
 
 // Named notifications with observers. An observer added with a queue gets each notification as

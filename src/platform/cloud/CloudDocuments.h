@@ -6,6 +6,7 @@
 #include "platform/files/Url.h"
 
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
@@ -93,6 +94,26 @@ public:
     virtual std::optional<Error> evictDriveItem(const Url& url) = 0;
     // Moves an item whether its content is local or not, here and in the cloud.
     virtual std::optional<Error> movePromisedItem(const Url& source, const Url& destination) = 0;
+
+    // --- Keeping items offline ---
+    // A pinned item (a file or a folder, local or cloud-only) is kept on the device: the service
+    // never evicts it, nor anything inside a pinned folder, when it reclaims space or is asked to
+    // evict, and downloads the new content that arrives for it or inside it from other devices.
+    // Pinning downloads nothing by itself: the one who pins reads what is cloud-only. Unpinning
+    // also unpins everything inside the item. The pin follows moves and goes with the item.
+    virtual std::optional<Error> setItemPinned(const Url& url, bool pinned) = 0;
+    // Whether the item is pinned itself.
+    virtual bool isItemPinned(const Url& url) const = 0;
+    // Whether it is pinned itself or lies inside a pinned folder.
+    virtual bool isItemKeptOffline(const Url& url) const = 0;
+    // The names of the items of a folder that are pinned themselves.
+    virtual QSet<QString> pinnedItemNamesInFolder(const Url& folder) const = 0;
+    // The cloud-only items at or below the URL, by their logical URLs; a cloud-only folder is
+    // one item (one download brings it whole).
+    virtual QList<Url> cloudOnlyItemsAtURL(const Url& url) const = 0;
+    // How many bytes of the drive's content are on this device. Walks the whole drive: call it
+    // off the main thread.
+    virtual quint64 bytesOnThisDevice() const = 0;
 };
 
 }  // namespace vl
