@@ -543,6 +543,7 @@ void DocumentListController::loadView() {
     watcher_->addPath(presentedURL_.path());
     connect(watcher_, &QFileSystemWatcher::directoryChanged, this, [this] { reloadData(); });
 
+    followDownloadsAndPins();
     syncSelectionToView();
     if (!loaded_ && !readPending_) {
         reloadData();

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/app/NotificationCenter.h"
 #include "platform/dispatch/Dispatch.h"
 #include "platform/files/Url.h"
+#include "toolkit/DocumentListProgress.h"
 #include "toolkit/DocumentListReader.h"
 #include "toolkit/DocumentListSearch.h"
 #include "toolkit/ViewController.h"
@@ -108,6 +110,9 @@ public:
     // Clears the search and shows the folder's rows again.
     void endSearch();
 
+    // The download progress of the rows on screen, once the view loaded.
+    DocumentListProgress* downloadProgress() const { return progress_; }
+
 protected:
     void loadView() override;
 
@@ -139,6 +144,10 @@ private:
     bool handleKey(QKeyEvent* key);
     void showActionMenu(const QModelIndex& index, const QPoint& globalPos);
     QWidget* rowView(const QModelIndex& index);
+    // Follows the downloads of the rows on screen and reads the folder again when an item of it
+    // (or the folder, or a folder above it) is pinned or unpinned
+    // (DocumentListControllerOffline.cpp).
+    void followDownloadsAndPins();
     static DispatchQueuePtr readQueue();
 
     Url presentedURL_;
@@ -159,6 +168,8 @@ private:
     QPointer<QWidget> anchor_;
     QPointer<DocumentListSearch> search_;
     QPointer<QToolButton> sortButton_;
+    QPointer<DocumentListProgress> progress_;
+    NotificationCenter::TokenPtr pinningObserver_;
     DocumentListReader::SortOrder sortOrder_ = storedSortOrder();
 };
 

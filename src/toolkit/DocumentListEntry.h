@@ -39,6 +39,8 @@ struct DocumentListEntry {
     bool isAppLibrary = false;
     // Only the placeholder is on the device.
     bool isCloudOnly = false;
+    // Kept offline: pinned itself, or inside a pinned folder.
+    bool isPinned = false;
 
     Url url() const { return folder->url.appendingPathComponent(name, isDirectory); }
     const QString& displayName() const { return shownName.isNull() ? name : shownName; }

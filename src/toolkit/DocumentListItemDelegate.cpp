@@ -1,16 +1,77 @@
 #include "toolkit/DocumentListItemDelegate.h"
 
+#include "toolkit/DocumentListModel.h"
+
 #include <QAbstractItemView>
 #include <QListView>
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
+
 namespace vl {
 
 namespace {
 constexpr int kMarkSize = 22;
+constexpr int kBadgeSize = 16;
 const QColor kTint(0x00, 0x7a, 0xff);
+const QColor kPinned(0x34, 0xa8, 0x53);
 }  // namespace
+
+void DocumentListItemDelegate::paintOfflineState(QPainter* painter,
+                                                 const QStyleOptionViewItem& option,
+                                                 const QModelIndex& index, bool grid,
+                                                 bool selecting) {
+    const QVariant progress = index.data(DocumentListModel::ProgressRole);
+    const bool pinned = index.data(DocumentListModel::PinnedRole).toBool();
+    if (!progress.isValid() && !pinned) {
+        return;
+    }
+    // List rows carry the marks at their right end, left of the selection mark while selecting;
+    // grid cells at the bottom right of the icon, the ring in the middle of it.
+    const QRect& r = option.rect;
+    const int right = r.right() - 12 - (selecting ? kMarkSize + 10 : 0);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    if (pinned) {
+        const QRect badge = grid ? QRect(r.center().x() + 14,
+                                         r.top() + 4 + option.decorationSize.height() - kBadgeSize,
+                                         kBadgeSize, kBadgeSize)
+                                 : QRect(right - kBadgeSize, r.center().y() - kBadgeSize / 2,
+                                         kBadgeSize, kBadgeSize);
+        // A green disc with a downward arrow onto a line: the content stays on the device.
+        painter->setPen(QPen(Qt::white, 1.5));
+        painter->setBrush(kPinned);
+        painter->drawEllipse(badge);
+        const QPointF c = QRectF(badge).center();
+        const double u = badge.width() / 16.0;
+        painter->setPen(QPen(Qt::white, 1.6 * u, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter->drawLine(QPointF(c.x(), c.y() - 4 * u), QPointF(c.x(), c.y() + 2 * u));
+        painter->drawLine(QPointF(c.x() - 3 * u, c.y() - 1 * u), QPointF(c.x(), c.y() + 2 * u));
+        painter->drawLine(QPointF(c.x() + 3 * u, c.y() - 1 * u), QPointF(c.x(), c.y() + 2 * u));
+        painter->drawLine(QPointF(c.x() - 3.5 * u, c.y() + 4.5 * u),
+                          QPointF(c.x() + 3.5 * u, c.y() + 4.5 * u));
+    }
+    if (progress.isValid()) {
+        const int size = kMarkSize;
+        const QRect ring =
+            grid ? QRect(r.center().x() - size / 2,
+                         r.top() + 4 + option.decorationSize.height() / 2 - size / 2, size, size)
+                 : QRect(right - (pinned ? kBadgeSize + 8 : 0) - size, r.center().y() - size / 2,
+                         size, size);
+        const double fraction = std::clamp(progress.toDouble(), 0.0, 1.0);
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(QColor(255, 255, 255, 220));
+        painter->drawEllipse(ring);
+        painter->setPen(QPen(QColor(0xd0, 0xd0, 0xd0), 2.5));
+        painter->setBrush(Qt::NoBrush);
+        const QRect track = ring.adjusted(3, 3, -3, -3);
+        painter->drawEllipse(track);
+        painter->setPen(QPen(kTint, 2.5, Qt::SolidLine, Qt::FlatCap));
+        painter->drawArc(track, 90 * 16, -int(fraction * 360 * 16));
+    }
+    painter->restore();
+}
 
 QSize DocumentListItemDelegate::sizeHint(const QStyleOptionViewItem& option,
                                          const QModelIndex& index) const {
@@ -33,12 +94,13 @@ void DocumentListItemDelegate::paint(QPainter* painter, const QStyleOptionViewIt
         painter->fillRect(option.rect, QColor(0xe5, 0xf0, 0xff));
     }
     QStyledItemDelegate::paint(painter, plain, index);
+    const bool grid = view && view->viewMode() == QListView::IconMode;
+    paintOfflineState(painter, option, index, grid, selecting);
     if (!selecting) {
         return;
     }
 
     // Grid cells carry the mark on the icon's corner, list rows at their right end.
-    const bool grid = view->viewMode() == QListView::IconMode;
     const QRect& r = option.rect;
     const QRect mark = grid ? QRect(r.right() - kMarkSize - 4, r.top() + 4, kMarkSize, kMarkSize)
                             : QRect(r.right() - kMarkSize - 12, r.center().y() - kMarkSize / 2,

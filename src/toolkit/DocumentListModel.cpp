@@ -1,5 +1,8 @@
 #include "toolkit/DocumentListModel.h"
 
+#include "platform/text/Format.h"
+#include "platform/text/Strings.h"
+
 #include <algorithm>
 
 namespace vl {
@@ -31,6 +34,29 @@ QVariant DocumentListModel::data(const QModelIndex& index, int role) const {
             return entry.location().isEmpty() ? QVariant() : QVariant(entry.location());
         case Qt::AccessibleTextRole:
             return entry.displayName();
+        case Qt::AccessibleDescriptionRole: {
+            QStringList parts;
+            if (entry.isPinned) {
+                parts.append(Strings::localized("Kept offline"));
+            }
+            if (const auto found = progress_.constFind(entry.url().path());
+                found != progress_.constEnd()) {
+                parts.append(
+                    format(Strings::localized("Downloading, %d%%"), int(*found * 100 + 0.5)));
+            }
+            return parts.isEmpty() ? QVariant() : QVariant(parts.join(QStringLiteral(", ")));
+        }
+        case PinnedRole:
+            return entry.isPinned;
+        case ProgressRole:
+            if (progress_.isEmpty()) {
+                return {};
+            }
+            if (const auto found = progress_.constFind(entry.url().path());
+                found != progress_.constEnd()) {
+                return *found;
+            }
+            return {};
         case Qt::DecorationRole:
             if (entry.kind->wantsThumbnail()) {
                 if (QIcon thumbnail =
@@ -62,6 +88,17 @@ void DocumentListModel::mergeEntries(QList<DocumentListEntry> sorted,
     rowsByName_.clear();
     rowsValid_ = false;
     endResetModel();
+}
+
+void DocumentListModel::setProgress(const Url& url, std::optional<double> fraction) {
+    if (fraction) {
+        progress_.insert(url.path(), *fraction);
+    } else if (!progress_.remove(url.path())) {
+        return;
+    }
+    if (const int row = rowForURL(url); row >= 0) {
+        emit dataChanged(index(row), index(row), {ProgressRole, Qt::AccessibleDescriptionRole});
+    }
 }
 
 int DocumentListModel::rowForURL(const Url& url) const {

@@ -82,9 +82,20 @@ public:
               DocumentListEntry::Folder{Url::fromPath(folder.path(), true), {}})),
           libraries_(appLibraryNames(documents_)),
           needsAttributes_(order == DocumentListReader::SortOrder::Date ||
-                           order == DocumentListReader::SortOrder::Size) {}
+                           order == DocumentListReader::SortOrder::Size),
+          folderKeptOffline_(documents_.isItemKeptOffline(folder_->url)),
+          pinnedNames_(documents_.pinnedItemNamesInFolder(folder_->url)) {}
 
     std::optional<DocumentListEntry> read(const QString& name, const QFileInfo& info) {
+        std::optional<DocumentListEntry> entry = readRow(name, info);
+        if (entry) {
+            entry->isPinned = folderKeptOffline_ || pinnedNames_.contains(entry->name);
+        }
+        return entry;
+    }
+
+private:
+    std::optional<DocumentListEntry> readRow(const QString& name, const QFileInfo& info) {
         DocumentListEntry entry;
         entry.folder = folder_;
         if (name.startsWith(QLatin1Char('.'))) {
@@ -133,7 +144,6 @@ public:
         return entry;
     }
 
-private:
     void describe(DocumentListEntry& entry, const Url& described, bool fallbackIsDirectory) {
         const std::optional<ItemAttributes> attributes =
             documents_.promisedItemResourceValues(described, kRowKeys, nullptr);
@@ -198,6 +208,9 @@ private:
     const std::shared_ptr<const DocumentListEntry::Folder> folder_;
     const QHash<Url, QString> libraries_;
     const bool needsAttributes_;
+    // The items of a folder kept offline are all kept offline; otherwise those pinned themselves.
+    const bool folderKeptOffline_;
+    const QSet<QString> pinnedNames_;
     QHash<QString, const DocumentListKind*> kindsByExtension_;
     QHash<QString, const DocumentListKind*> kindsByType_;
     QString lastExtension_;
