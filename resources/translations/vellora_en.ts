@@ -85,6 +85,63 @@
         <source>Cancel</source>
         <translation>Cancel</translation>
     </message>
+    <!-- Keeping items offline -->
+    <message id="Keep Offline">
+        <source>Keep Offline</source>
+        <extracomment>Actions menu: download the item and keep it on the device.</extracomment>
+        <translation>Keep Offline</translation>
+    </message>
+    <message id="Remove Download">
+        <source>Remove Download</source>
+        <extracomment>Actions menu: free up the item’s space on the device; it stays in the cloud.</extracomment>
+        <translation>Remove Download</translation>
+    </message>
+    <message id="Kept offline">
+        <source>Kept offline</source>
+        <extracomment>Spoken description of a row kept on the device.</extracomment>
+        <translation>Kept offline</translation>
+    </message>
+    <message id="Downloading, %d%%">
+        <source>Downloading, %d%%</source>
+        <extracomment>Spoken description of a row that downloads; %d is the percentage done.</extracomment>
+        <translation>Downloading, %d%%</translation>
+    </message>
+    <message id="%@ on this device">
+        <source>%@ on this device</source>
+        <extracomment>Status line: %@ is how much of the drive is on the device, e.g. “1.2 GB”.</extracomment>
+        <translation>%@ on this device</translation>
+    </message>
+    <message id="Couldn’t download “%@”.">
+        <source>Couldn’t download “%@”.</source>
+        <extracomment>Alert title after Keep Offline failed for one item.</extracomment>
+        <translation>Couldn’t download “%@”.</translation>
+    </message>
+    <message id=".DICT.CANNOT_DOWNLOAD_ITEMS.%d" numerus="yes">
+        <source>%d items couldn’t be downloaded.</source>
+        <extracomment>Alert title after Keep Offline failed for several items.</extracomment>
+        <translation>
+            <numerusform>%d item couldn’t be downloaded.</numerusform>
+            <numerusform>%d items couldn’t be downloaded.</numerusform>
+        </translation>
+    </message>
+    <message id="“%1$@” is kept offline with the folder “%2$@”.">
+        <source>“%1$@” is kept offline with the folder “%2$@”.</source>
+        <extracomment>Remove Download of an item inside a folder that is kept offline.</extracomment>
+        <translation>“%1$@” is kept offline with the folder “%2$@”.</translation>
+    </message>
+    <message id="Remove the download of the folder to free up its space.">
+        <source>Remove the download of the folder to free up its space.</source>
+        <translation>Remove the download of the folder to free up its space.</translation>
+    </message>
+    <message id="Couldn’t remove the download of “%@”.">
+        <source>Couldn’t remove the download of “%@”.</source>
+        <translation>Couldn’t remove the download of “%@”.</translation>
+    </message>
+    <message id="Its changes aren’t in the cloud yet. Connect to the Internet and try again.">
+        <source>Its changes aren’t in the cloud yet. Connect to the Internet and try again.</source>
+        <extracomment>Remove Download refused offline for an item changed on this device.</extracomment>
+        <translation>Its changes aren’t in the cloud yet. Connect to the Internet and try again.</translation>
+    </message>
     <!-- Move-target chooser -->
     <message id=".DICT.CHOOSE_FOLDER_FOR_ITEMS.%d" numerus="yes">
         <source>Choose a folder for %d items.</source>

@@ -19,11 +19,13 @@
 
 namespace vl {
 
+class AlertAction;
 class BarButtonItem;
 class DocumentInteractionController;
 class DocumentListController;
 class DocumentTargetSelectionController;
 class FilenamePrompt;
+class OfflineKeeper;
 class PreviewItemManager;
 class QuotaFetcher;
 class UndoBar;
@@ -44,7 +46,7 @@ class VLItem;
 // per-item actions, share, previews and the stack for a URL), NavControllerRestoration.cpp
 // (the previewed item kept for the next start), NavControllerUndo.cpp
 // (the undo bar after a move or a rename), NavControllerStatus.cpp (the status line and the free
-// space).
+// space), NavControllerOffline.cpp (Keep Offline, Remove Download, the bytes on this device).
 class NavController : public NavigationController,
                       public NavigationControllerDelegate,
                       public DocumentListControllerDelegate,
@@ -174,6 +176,26 @@ public:
     void encodeRestorableStateWithCoder(StateCoder& coder) override;
     void decodeRestorableStateWithCoder(const StateCoder& coder) override;
 
+    // --- Keep Offline and Remove Download (NavControllerOffline.cpp) ---
+    // "Keep Offline" (unless the item is kept offline or being downloaded for that already) and
+    // "Remove Download" (when the item is kept offline, being downloaded, or anything of it is on
+    // the device); each calls `finish` once chosen.
+    QList<std::shared_ptr<AlertAction>> offlineActionsForItem(const VLItem& item,
+                                                              std::function<void()> finish);
+    // Pins the item and downloads what of it is only in the cloud; failures in one alert.
+    void keepItemOffline(const Url& url);
+    // Cancels its keep-offline, unpins it and evicts it; an item kept by a folder above it stays
+    // and the alert says so.
+    void removeItemDownload(const Url& url);
+    std::shared_ptr<OfflineKeeper> offlineKeeper();
+    // Measures again, off the main thread, how much of the drive is on this device, then
+    // refreshes the status line.
+    void refreshBytesOnDevice();
+    std::optional<quint64> bytesOnDevice() const { return bytesOnDevice_; }
+    void setBytesOnDevice(std::optional<quint64> bytes) { bytesOnDevice_ = bytes; }
+    // "1.2 GB on this device"; empty until measured.
+    QString bytesOnDeviceString() const;
+
     // --- Undo of moves and renames (NavControllerUndo.cpp) ---
     // The bar along the bottom of the window; made on first use.
     UndoBar* undoBar();
@@ -276,6 +298,10 @@ private:
     std::shared_ptr<FilenamePrompt> folderPromptAlert_;
     std::shared_ptr<PreviewItemManager> itemManager_;
     QPointer<UndoBar> undoBar_;
+    std::shared_ptr<OfflineKeeper> offlineKeeper_;
+    std::optional<quint64> bytesOnDevice_;
+    bool bytesOnDeviceInFlight_ = false;
+    bool bytesOnDeviceStale_ = false;
 
     NotificationCenter::TokenPtr becameActiveObserver_;
     NotificationCenter::TokenPtr accountObserver_;

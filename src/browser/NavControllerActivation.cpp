@@ -165,6 +165,7 @@ void NavController::showActionsMenuFromViewUrlPresentedURLCompletion(
                 finish();
             }));
     }
+    entries.append(offlineActionsForItem(*item, finish));
     for (const std::shared_ptr<AlertAction>& entry : entries) {
         if (item->isContainer()) {
             entry->setEnabled(false);

@@ -220,6 +220,7 @@ void NavController::documentListControllerItemsChanged(
         }
     }
     updateStatusUI(list);
+    refreshBytesOnDevice();
 }
 
 void NavController::documentListControllerDidSelectContainerWithViewController(

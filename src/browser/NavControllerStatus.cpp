@@ -1,5 +1,5 @@
-// The status line under each folder list: the item count and, once the quota fetcher has
-// answered, the account's free space.
+// The status line under each folder list: the item count, once measured how much of the drive is
+// on this device, and, once the quota fetcher has answered, the account's free space.
 
 #include "browser/NavController.h"
 
@@ -13,8 +13,11 @@
 namespace vl {
 
 QString NavController::toolbarStatusText(unsigned itemCount) const {
-    const QString items =
+    QString items =
         format(Strings::localizedPlural(QStringLiteral(".DICT.ITEMS.%d"), itemCount), itemCount);
+    if (bytesOnDevice_) {
+        items = format(Strings::localized("%1$@, %2$@"), items, bytesOnDeviceString());
+    }
     if (!okToShowQuota()) {
         return items;
     }

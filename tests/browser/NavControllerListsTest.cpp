@@ -35,7 +35,7 @@ TEST_F(NavControllerListsTest, EveryListIsConfiguredForBrowsingAndFoldersOpenAsN
     EXPECT_EQ(rootList->delegate().get(), static_cast<DocumentListControllerDelegate*>(nav_.get()));
     EXPECT_EQ(rightButton()->title(), QStringLiteral("Select"));
     EXPECT_FALSE(rootList->navigationItem()->hidesBackButton());
-    EXPECT_EQ(statusText(rootList), QStringLiteral("6 items"));
+    EXPECT_EQ(statusText(rootList), QStringLiteral("6 items, 40 bytes on this device"));
     EXPECT_EQ(rootList->toolbarItems(),
               DocumentListControllerStatusBar::statusBar(rootList)->toolbarItems());
     // Configured at the set-up and again once shown.
@@ -53,7 +53,7 @@ TEST_F(NavControllerListsTest, EveryListIsConfiguredForBrowsingAndFoldersOpenAsN
     EXPECT_EQ(title(), QStringLiteral("Work"));
     EXPECT_EQ(nav_->viewTitle(), QStringLiteral("Work"));
     EXPECT_EQ(top()->availableActions(), 15u);
-    EXPECT_EQ(statusText(top()), QStringLiteral("2 items"));
+    EXPECT_EQ(statusText(top()), QStringLiteral("2 items, 40 bytes on this device"));
     EXPECT_EQ(log_.count(QStringLiteral("DLC items changed, count is 2")), 1);
 
     // The same layout the status bar's toggle last chose, on every list.
@@ -145,7 +145,7 @@ TEST_F(NavControllerListsTest, ABackgroundListOnlyWakesTheStatusLine) {
     nav_->documentListControllerItemsChanged(rootList);
     EXPECT_TRUE(nav_->pickerIsAlive());
     EXPECT_EQ(bar->statusLabel()->text(), QStringLiteral("unchanged"));
-    EXPECT_EQ(statusText(rootList), QStringLiteral("6 items"));
+    EXPECT_EQ(statusText(rootList), QStringLiteral("6 items, 40 bytes on this device"));
 
     // Until a list reported its items after a set-up, nothing is refreshed.
     nav_->setPickerIsAlive(false);
@@ -171,8 +171,15 @@ TEST_F(NavControllerListsTest, ReturningFromAScreenOnTopConfiguresTheListAgain) 
 }
 
 TEST_F(NavControllerListsTest, TheStatusLineCountsAndAddsTheFreeSpaceOnceKnown) {
+    // What is on this device is measured off the main thread, then shown.
+    nav_->setBytesOnDevice(std::nullopt);
     EXPECT_EQ(nav_->toolbarStatusText(1), QStringLiteral("1 item"));
     EXPECT_EQ(nav_->toolbarStatusText(12), QStringLiteral("12 items"));
+    write(QStringLiteral("Work/big.txt"));
+    nav_->refreshBytesOnDevice();
+    EXPECT_EQ(nav_->toolbarStatusText(12), QStringLiteral("12 items"));
+    dispatch_->runUntilIdle();
+    EXPECT_EQ(nav_->toolbarStatusText(12), QStringLiteral("12 items, 45 bytes on this device"));
 
     // The drive service answers the fetcher started with the browser once the device is online.
     ASSERT_TRUE(nav_->quotaFetcher());
@@ -181,7 +188,9 @@ TEST_F(NavControllerListsTest, TheStatusLineCountsAndAddsTheFreeSpaceOnceKnown) 
     dispatch_->runUntilIdle();
     ASSERT_TRUE(nav_->okToShowQuota());
     EXPECT_EQ(nav_->quotaBytes(), 3'650'722'202u);
-    EXPECT_EQ(statusText(top()), QStringLiteral("6 items, 3.4 GB available"));
+    EXPECT_EQ(statusText(top()),
+              QStringLiteral("6 items, 45 bytes on this device, 3.4 GB available"));
+    nav_->setBytesOnDevice(std::nullopt);
 
     nav_->quotaFetcherDidUpdateValue(nav_->quotaFetcher(), 1024ull * 1024 * 1024);
     EXPECT_EQ(nav_->quotaAvailableString(), QStringLiteral("1.0 GB available"));

@@ -106,18 +106,23 @@ TEST_F(NavControllerActivationTest, TapsInEditModeOrOnAVanishedItemOpenNothing) 
 
 TEST_F(NavControllerActivationTest, TheActionsMenuOffersWhatFitsTheItem) {
     EXPECT_EQ(menuOf(QStringLiteral("a.txt")),
-              (QStringList{"Rename Item…", "Share Item…", "Move to Folder…", "Cancel"}));
+              (QStringList{"Rename Item…", "Share Item…", "Move to Folder…", "Keep Offline",
+                           "Remove Download", "Cancel"}));
     EXPECT_EQ(menuOf(QStringLiteral("Work"), true),
-              (QStringList{"Rename Item…", "Move to Folder…", "Cancel"}));
+              (QStringList{"Rename Item…", "Move to Folder…", "Keep Offline", "Remove Download",
+                           "Cancel"}));
     // An app library: nothing but Cancel can be chosen.
     EXPECT_EQ(menuOf(QStringLiteral("com~example~Notes"), true),
-              (QStringList{"Rename Item… (off)", "Cancel"}));
+              (QStringList{"Rename Item… (off)", "Keep Offline (off)", "Remove Download (off)",
+                           "Cancel"}));
     // A library without folders has nowhere to move to; one limited to a level still offers
     // the move for its folder, since the menu does not apply the move rule.
-    EXPECT_EQ(menuOf(QStringLiteral("com~example~Notes/n1.txt")),
-              (QStringList{"Rename Item…", "Share Item…", "Cancel"}));
+    EXPECT_EQ(
+        menuOf(QStringLiteral("com~example~Notes/n1.txt")),
+        (QStringList{"Rename Item…", "Share Item…", "Keep Offline", "Remove Download", "Cancel"}));
     EXPECT_EQ(menuOf(QStringLiteral("com~example~Editor/Drafts"), true),
-              (QStringList{"Rename Item…", "Move to Folder…", "Cancel"}));
+              (QStringList{"Rename Item…", "Move to Folder…", "Keep Offline", "Remove Download",
+                           "Cancel"}));
 
     // Cancel calls the list's completion; an unreadable item gets no menu and no completion.
     completions_ = 0;
