@@ -7,6 +7,7 @@ from the accessibility tree, the app's log records and the screen.
 """
 import json
 import os
+import re
 import subprocess
 import sys
 import time
@@ -125,11 +126,13 @@ click(find("list item", "Documents"))
 find("list item", "Packing List.txt")
 shoot("list.png")
 
-# The status line: the count first, the free space once the quota fetcher has answered.
+# The status line: the count first, what is on this device once measured, the free space once
+# the quota fetcher has answered.
 status = status_line("6 items")
-if status.name not in ("6 items", "6 items, 11.5 GB available"):
+if not re.fullmatch(r"6 items(, [\d.,]+ \w+ on this device)?(, 11\.5 GB available)?", status.name):
     fail("status line reads %r" % status.name)
-status_line("6 items, 11.5 GB available")
+find("label", "6 items, … on this device, 11.5 GB available", 20,
+     match=lambda n: re.fullmatch(r"6 items, [\d.,]+ \w+ on this device, 11\.5 GB available", n))
 
 # Edit mode: the title counts the selection; Move and Delete follow it.
 click(find("push button", "Select"))
