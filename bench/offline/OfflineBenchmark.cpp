@@ -20,6 +20,7 @@
 #include <sys/stat.h>
 
 #include <cstdio>
+#include <filesystem>
 
 using namespace vl;
 
@@ -70,8 +71,9 @@ int main(int argc, char** argv) {
     QDir().mkpath(copies);
     QElapsedTimer timer;
     timer.start();
-    for (const QString& name : QDir(cloud).entryList(QDir::Files)) {
-        QFile::copy(cloud + QLatin1Char('/') + name, copies + QLatin1Char('/') + name);
+    for (const auto& entry : std::filesystem::directory_iterator(cloud.toStdString())) {
+        std::filesystem::copy_file(entry.path(), copies.toStdString() + "/" +
+                                                     entry.path().filename().string());
     }
     const double copy = seconds(timer);
 
@@ -106,7 +108,7 @@ int main(int argc, char** argv) {
                 here, walk, walked, measure / walk);
 
     timer.restart();
-    QDir(copies).removeRecursively();
+    std::filesystem::remove_all(copies.toStdString());
     const double remove = seconds(timer);
     done = false;
     timer.restart();

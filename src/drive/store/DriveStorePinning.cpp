@@ -5,9 +5,13 @@
 
 #include <QDirIterator>
 
+#include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <algorithm>
 #include <functional>
+#include <string_view>
 
 namespace vl {
 
@@ -161,19 +165,44 @@ QSet<QString> DriveStore::pinnedNamesInFolder(const Url& folder) const {
 }
 
 quint64 DriveStore::localContentSize() const {
+    // Asked for the status line after every change the user sees: a walk by directory
+    // descriptors, one fstatat per entry, no path strings made.
     quint64 total = 0;
-    std::function<void(const QString&)> walk = [&](const QString& folder) {
-        forEachEntry(folder, [&](const QString& path, const struct stat& st) {
+    std::function<void(int)> walk = [&](int dirFd) {
+        DIR* dir = ::fdopendir(dirFd);
+        if (!dir) {
+            ::close(dirFd);
+            return;
+        }
+        while (const dirent* entry = ::readdir(dir)) {
+            const char* name = entry->d_name;
+            if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) {
+                continue;
+            }
+            struct stat st;
+            if (::fstatat(::dirfd(dir), name, &st, AT_SYMLINK_NOFOLLOW) != 0) {
+                continue;
+            }
             if (S_ISDIR(st.st_mode)) {
-                walk(path);
-            } else if (S_ISREG(st.st_mode) &&
-                       !DriveHome::isPlaceholderFileName(lastComponent(path)) &&
-                       !isDocumentReferenceURL(Url::fromPath(path))) {
+                const int child = ::openat(::dirfd(dir), name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+                if (child >= 0) {
+                    walk(child);
+                }
+                continue;
+            }
+            const std::string_view view(name);
+            if (S_ISREG(st.st_mode) && !(name[0] == '.' && view.ends_with(".vlcloud")) &&
+                !view.ends_with(".vlref")) {
                 total += quint64(st.st_size);
             }
-        });
+        }
+        ::closedir(dir);
     };
-    walk(home_.driveDir());
+    const int root = ::open(nativePath(home_.driveDir()).constData(),
+                            O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (root >= 0) {
+        walk(root);
+    }
     return total;
 }
 
