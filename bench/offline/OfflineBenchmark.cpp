@@ -72,8 +72,8 @@ int main(int argc, char** argv) {
     QElapsedTimer timer;
     timer.start();
     for (const auto& entry : std::filesystem::directory_iterator(cloud.toStdString())) {
-        std::filesystem::copy_file(entry.path(), copies.toStdString() + "/" +
-                                                     entry.path().filename().string());
+        std::filesystem::copy_file(entry.path(),
+                                   copies.toStdString() + "/" + entry.path().filename().string());
     }
     const double copy = seconds(timer);
 

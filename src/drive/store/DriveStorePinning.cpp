@@ -198,8 +198,8 @@ quint64 DriveStore::localContentSize() const {
         }
         ::closedir(dir);
     };
-    const int root = ::open(nativePath(home_.driveDir()).constData(),
-                            O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int root =
+        ::open(nativePath(home_.driveDir()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (root >= 0) {
         walk(root);
     }
