@@ -150,8 +150,14 @@ TEST_F(DocumentInteractionControllerTest, ShareSheetOffersItsEntriesByWhatTheDoc
     auto delegate = std::make_shared<DismissCounter>();
     auto controller = DocumentInteractionController::interactionControllerWithURL(file("a.txt"));
     controller->setDelegate(delegate);
-    ASSERT_TRUE(controller->presentOptionsMenuFromRectInViewAnimated(QRect(0, 200, 300, 0),
-                                                                     root->view(), false));
+    // No mail program, whatever the machine has installed.
+    const QByteArray path = qgetenv("PATH");
+    const QTemporaryDir noPrograms;
+    qputenv("PATH", noPrograms.path().toLocal8Bit());
+    const bool presented = controller->presentOptionsMenuFromRectInViewAnimated(
+        QRect(0, 200, 300, 0), root->view(), false);
+    qputenv("PATH", path);
+    ASSERT_TRUE(presented);
     auto menu = controller->optionsMenu();
     ASSERT_TRUE(menu);
     EXPECT_EQ(root->presentedViewController(), menu);
@@ -174,7 +180,6 @@ TEST_F(DocumentInteractionControllerTest, ShareSheetOffersItsEntriesByWhatTheDoc
 
     // A cloud-only document: nothing to copy or attach until it is downloaded; a mail program.
     QFile::link(QStringLiteral("/bin/true"), DesktopAppsEnvironment::binDir() + "/xdg-email");
-    const QByteArray path = qgetenv("PATH");
     qputenv("PATH", DesktopAppsEnvironment::binDir().toLocal8Bit() + ":" + path);
     auto cloudOnly = DocumentInteractionController::interactionControllerWithURL(
         Url::fromPath(dir.filePath("Not yet here.txt")));
