@@ -1,10 +1,14 @@
 #include "CoordinationFixture.h"
 
+#include "drive/coordination/PathLockTable.h"
 #include "drive/integrity/HomeLock.h"
 #include "drive/service/CloudDocumentsService.h"
+#include "platform/cloud/ItemProgress.h"
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
 
 namespace vl::test {
@@ -17,6 +21,39 @@ using namespace std::chrono_literals;
 class DriveRaceTest : public CoordinationFixture {
 protected:
     QString cloudPath(const QString& relative) const { return store_->cloudPathFor(relative); }
+
+    PathLockTable& locks() { return backend_->locks(); }
+
+    // True once some but not all of the item's bytes have arrived.
+    static bool waitForCopyUnderWay(const Url& url) {
+        std::mutex mutex;
+        std::condition_variable changed;
+        bool underWay = false;
+        const auto token = ItemProgress::addSubscriberForFileURL(
+            url,
+            [&](const std::shared_ptr<ItemProgress>& progress)
+                -> ItemProgress::UnpublishingHandler {
+                const auto id = progress->addFractionCompletedObserver([&](ItemProgress& p) {
+                    if (p.completedUnitCount() > 0 && p.completedUnitCount() < p.totalUnitCount()) {
+                        std::lock_guard lock(mutex);
+                        underWay = true;
+                        changed.notify_all();
+                    }
+                });
+                return [weak = std::weak_ptr<ItemProgress>(progress), id] {
+                    if (const auto p = weak.lock()) {
+                        p->removeFractionCompletedObserver(id);
+                    }
+                };
+            });
+        bool result = false;
+        {
+            std::unique_lock lock(mutex);
+            result = changed.wait_for(lock, 10s, [&] { return underWay; });
+        }
+        ItemProgress::removeSubscriber(token);
+        return result;
+    }
 
     void throttle(quint64 bytesPerSecond) {
         ServiceSettings settings;
@@ -39,7 +76,8 @@ TEST_F(DriveRaceTest, EvictionFromTheAppWaitsForACoordinatedSaveUnderWay) {
                                                    file.write("first half, ");
                                                    file.flush();
                                                    halfWritten = true;
-                                                   std::this_thread::sleep_for(300ms);
+                                                   // The eviction is waiting for this save.
+                                                   EXPECT_TRUE(locks().waitUntilBlocked(1, 10s));
                                                    file.write("second half");
                                                });
         EXPECT_FALSE(error);
@@ -68,7 +106,7 @@ TEST_F(DriveRaceTest, ADownloadOverlappingARemoteChangeInstallsOneWholeVersion) 
             FileCoordinator coordinator;
             coordinator.coordinateReadingItemAtURL(url, {}, &error, [](const Url&) {});
         });
-        std::this_thread::sleep_for(150ms);
+        ASSERT_TRUE(waitForCopyUnderWay(url));
         // Another device's change lands while the copy is half way.
         const QString cloud = cloudPath(name);
         if (inPlace) {
@@ -102,7 +140,7 @@ TEST_F(DriveRaceTest, AnEvictionAndARemoteChangeNeverInterleave) {
         EXPECT_FALSE(store_->evict(url));
         evicted = true;
     });
-    std::this_thread::sleep_for(200ms);
+    ASSERT_TRUE(HomeLock::waitUntilBlocked(1, 10s)) << "the eviction did not wait for the home";
     EXPECT_FALSE(evicted) << "the eviction ran while another device's change held the home";
     // The remote change, as velloractl makes it: both copies, then the lock goes.
     ASSERT_TRUE(writeFile(url.path(), "remote version"));

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <chrono>
+
 namespace vl {
 
 // Serialises the changes that touch both the cloud copy and the drive (import, eviction, moves,
@@ -15,6 +17,10 @@ public:
     ~HomeLock();
     HomeLock(const HomeLock&) = delete;
     HomeLock& operator=(const HomeLock&) = delete;
+
+    // Waits until at least `count` holders-to-be in this process are blocked behind another
+    // holder (true), or until the timeout (false). Lets tests act while a waiter really waits.
+    static bool waitUntilBlocked(int count, std::chrono::milliseconds timeout);
 
 private:
     int fd_ = -1;
