@@ -100,8 +100,12 @@ TEST_F(OfflineKeeperTest, AFolderComesDownWholeWithOneProgressForIt) {
     EXPECT_FALSE(keeper->isKeepingOffline(album));
     EXPECT_EQ(cloudOnlyCount(), 0);
     EXPECT_TRUE(CloudDocuments::shared().isItemPinned(album));
-    EXPECT_EQ(published.load(), 1);
-    EXPECT_DOUBLE_EQ(lastFraction.load(), 1.0);
+    // The drive service keeps pinned content down too and can hear of the new pin first: it may
+    // then have fetched everything before the keeper looks, and there is no progress to show.
+    EXPECT_LE(published.load(), 1);
+    if (published.load() == 1) {
+        EXPECT_DOUBLE_EQ(lastFraction.load(), 1.0);
+    }
 
     bool removed = false;
     keeper->removeDownload(album, [&](const Url&, std::optional<Error> error) {
