@@ -7,7 +7,6 @@
 #include "toolkit/PreviewContentView.h"
 #include "toolkit/PreviewController.h"
 #include "toolkit/PreviewControllerDataSource.h"
-#include "toolkit/PreviewPdfView.h"
 
 #include <QApplication>
 #include <QDeadlineTimer>
@@ -145,7 +144,12 @@ double previewOnScreen(const Url& url, bool pdf) {
         return -1;
     }
     if (pdf) {
-        QWidget* pages = static_cast<PreviewPdfView*>(content)->pdfView()->viewport();
+        // The PDF view comes from the preview module; its pages are a QPdfView's viewport.
+        auto* pdfView = content->findChild<QPdfView*>();
+        if (!pdfView) {
+            return -1;
+        }
+        QWidget* pages = pdfView->viewport();
         if (!waitFor([&] { return inked(pages); })) {
             return -1;
         }

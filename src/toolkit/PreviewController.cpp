@@ -12,8 +12,8 @@
 #include "toolkit/PreviewControllerDelegate.h"
 #include "toolkit/PreviewGenericView.h"
 #include "toolkit/PreviewImageView.h"
-#include "toolkit/PreviewMediaView.h"
-#include "toolkit/PreviewPdfView.h"
+#include "toolkit/PreviewRendererFactory.h"
+#include "toolkit/PreviewRenderers.h"
 #include "toolkit/PreviewTextView.h"
 
 #include <QGuiApplication>
@@ -183,15 +183,22 @@ PreviewContentView* PreviewController::makeContentView(const Url& url,
         case PreviewContentKind::Code:
         case PreviewContentKind::Markdown:
             return new PreviewTextView(url, kind, view());
+        // Without their module (a broken installation), such files get the generic page.
         case PreviewContentKind::Pdf:
-            return new PreviewPdfView(url, view());
+            if (PreviewRendererFactory* renderers = PreviewRenderers::shared().factory()) {
+                return renderers->makePdfView(url, view());
+            }
+            break;
         case PreviewContentKind::Audio:
-        case PreviewContentKind::Video: {
-            std::shared_ptr<PreviewControllerDelegate> receiver = delegate();
-            const bool standard =
-                !receiver || receiver->previewControllerWantsDefaultMediaPlayer(*this, url);
-            return new PreviewMediaView(url, kind == PreviewContentKind::Video, standard, view());
-        }
+        case PreviewContentKind::Video:
+            if (PreviewRendererFactory* renderers = PreviewRenderers::shared().factory()) {
+                std::shared_ptr<PreviewControllerDelegate> receiver = delegate();
+                const bool standard =
+                    !receiver || receiver->previewControllerWantsDefaultMediaPlayer(*this, url);
+                return renderers->makeMediaView(url, kind == PreviewContentKind::Video, standard,
+                                                view());
+            }
+            break;
         case PreviewContentKind::Generic:
             break;
     }

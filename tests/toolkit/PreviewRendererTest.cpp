@@ -1,24 +1,17 @@
-#include "PreviewFiles.h"
+#include "toolkit/PreviewViewTest.h"
 
 #include "platform/files/Url.h"
 #include "toolkit/PreviewImageCanvas.h"
 #include "toolkit/PreviewImageView.h"
-#include "toolkit/PreviewMediaView.h"
-#include "toolkit/PreviewPdfView.h"
 #include "toolkit/PreviewTextView.h"
 
-#include <QPdfView>
-#include <QSignalSpy>
-#include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBrowser>
-#include <QToolButton>
 #include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <memory>
 
 using namespace vl;
@@ -26,47 +19,9 @@ using vl::test::PreviewFiles;
 
 namespace {
 
-// Each renderer in a shown window on the offscreen platform, compared with an empty page.
-class PreviewRendererTest : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(dir.isValid()); }
+using PreviewRendererTest = vl::test::PreviewViewTest;
 
-    Url file(const QString& name, const QByteArray& bytes) {
-        const QString path = dir.filePath(name);
-        EXPECT_TRUE(PreviewFiles::write(path, bytes));
-        return Url::fromPath(path);
-    }
-
-    // Shows the view and waits until it is ready or has failed.
-    template <typename View>
-    View* show(View* view) {
-        view->setParent(&window);
-        view->resize(window.size());
-        window.show();
-        view->show();
-        EXPECT_TRUE(PreviewFiles::waitFor([&] { return view->isReady() || view->hasFailed(); }))
-            << "neither shown nor failed";
-        return view;
-    }
-
-    // How many pixels of the view differ from the same view with nothing in it.
-    static int inkedPixels(QWidget* view) {
-        const QImage shot = view->grab().toImage().convertToFormat(QImage::Format_RGB32);
-        const QRgb background = shot.pixel(0, 0);
-        int inked = 0;
-        for (int y = 0; y < shot.height(); y += 2) {
-            for (int x = 0; x < shot.width(); x += 2) {
-                inked += shot.pixel(x, y) != background;
-            }
-        }
-        return inked;
-    }
-
-    QTemporaryDir dir;
-    QWidget window;
-};
-
-TEST_F(PreviewRendererTest, PictureTextAndPdfDrawContentAndSayWhatTheyShow) {
+TEST_F(PreviewRendererTest, PictureAndTextDrawContentAndSayWhatTheyShow) {
     window.resize(480, 640);
     auto* image = show(new PreviewImageView(
         file("photo.jpg", PreviewFiles::jpeg(PreviewFiles::halves({600, 400}))), {}));
@@ -89,17 +44,6 @@ TEST_F(PreviewRendererTest, PictureTextAndPdfDrawContentAndSayWhatTheyShow) {
     auto* markdown = show(new PreviewTextView(file("plan.md", "# Trip\n\n* **Rome**\n"),
                                               PreviewContentKind::Markdown));
     EXPECT_EQ(markdown->plainText().trimmed(), QStringLiteral("Trip\nRome"));
-    delete markdown;
-
-    const QString pdfPath = dir.filePath(QStringLiteral("report.pdf"));
-    ASSERT_TRUE(PreviewFiles::pdf(pdfPath, 3));
-    auto* pdf = show(new PreviewPdfView(Url::fromPath(pdfPath)));
-    ASSERT_TRUE(pdf->isReady()) << pdf->failureMessage().toStdString();
-    EXPECT_EQ(pdf->pageCount(), 3);
-    EXPECT_EQ(pdf->pdfView()->accessibleDescription(), QStringLiteral("PDF document, 3 pages"));
-    // Pages are rendered on a later turn of the event loop.
-    ASSERT_TRUE(PreviewFiles::waitFor(
-        [&] { return inkedPixels(pdf->pdfView()->viewport()) > 2000; }, 10000));
 }
 
 TEST_F(PreviewRendererTest, UnreadableFilesShowAMessageInsteadOfContent) {
@@ -107,9 +51,6 @@ TEST_F(PreviewRendererTest, UnreadableFilesShowAMessageInsteadOfContent) {
     auto* image = show(new PreviewImageView(file("broken.jpg", "\xff\xd8 not a picture"), {}));
     EXPECT_TRUE(image->hasFailed());
     EXPECT_FALSE(image->isReady());
-    auto* pdf = show(new PreviewPdfView(file("broken.pdf", "%PDF-1.4 truncated")));
-    EXPECT_TRUE(pdf->hasFailed());
-    EXPECT_EQ(pdf->failureMessage(), QStringLiteral("It isn’t a valid PDF document."));
     auto* binary = show(new PreviewTextView(file("data.txt", QByteArray("ab\0cd", 5)),
                                             PreviewContentKind::PlainText));
     EXPECT_TRUE(binary->hasFailed());
@@ -164,80 +105,6 @@ TEST_F(PreviewRendererTest, ZoomFetchesTheFullPictureAndADoubleTapFitsItAgain) {
     EXPECT_DOUBLE_EQ(canvas->scale(), 0.25);
     QTest::mouseDClick(canvas->viewport(), Qt::LeftButton, {}, QPoint(100, 100));
     EXPECT_DOUBLE_EQ(canvas->scale(), 1.0);
-}
-
-TEST_F(PreviewRendererTest, PdfFirstPageRenderedAheadMatchesTheViewsOwnAndGivesWayToIt) {
-    window.resize(480, 640);
-    const QString path = dir.filePath(QStringLiteral("long.pdf"));
-    ASSERT_TRUE(PreviewFiles::pdf(path, 20));
-    const auto cover = [](PreviewPdfView* view) {
-        return view->pdfView()->viewport()->findChild<QWidget*>(
-            QStringLiteral("previewPdfFirstPage"));
-    };
-
-    // Looked at the moment the view says it shows the document, before the view's own render.
-    auto* pdf = new PreviewPdfView(Url::fromPath(path), &window);
-    QRect area;
-    QImage ahead;
-    QObject::connect(pdf, &PreviewContentView::contentReady, pdf, [&] {
-        ASSERT_NE(cover(pdf), nullptr);
-        area = cover(pdf)->geometry().intersected(pdf->pdfView()->viewport()->rect());
-        ahead =
-            pdf->pdfView()->viewport()->grab(area).toImage().convertToFormat(QImage::Format_RGB32);
-    });
-    show(pdf);
-    ASSERT_TRUE(pdf->isReady());
-    EXPECT_EQ(pdf->pageCount(), 20);
-    ASSERT_FALSE(ahead.isNull());
-    ASSERT_TRUE(PreviewFiles::waitFor([&] { return cover(pdf) == nullptr; }));
-    EXPECT_NE(pdf->document(), nullptr);
-    // Where the cover was, the view's own page now shows the same picture: same place, same size.
-    const QImage own =
-        pdf->pdfView()->viewport()->grab(area).toImage().convertToFormat(QImage::Format_RGB32);
-    ASSERT_EQ(own.size(), ahead.size());
-    int differing = 0;
-    for (int y = 0; y < own.height(); ++y) {
-        for (int x = 0; x < own.width(); ++x) {
-            differing += std::abs(qGray(own.pixel(x, y)) - qGray(ahead.pixel(x, y))) > 48;
-        }
-    }
-    EXPECT_LT(differing, own.width() * own.height() / 200);
-    delete pdf;
-
-    // A zoom before the view's own render leaves the pages to the view at once.
-    pdf = new PreviewPdfView(Url::fromPath(path), &window);
-    bool dropped = false;
-    QObject::connect(pdf, &PreviewContentView::contentReady, pdf, [&] {
-        ASSERT_NE(cover(pdf), nullptr);
-        pdf->setZoomFactor(2.0);
-        dropped = cover(pdf) == nullptr;
-    });
-    show(pdf);
-    EXPECT_TRUE(dropped);
-}
-
-TEST_F(PreviewRendererTest, MediaControlsFollowThePlayer) {
-    window.resize(400, 300);
-    auto* media = show(new PreviewMediaView(file("tone.wav", PreviewFiles::wav(2.0)), false, true));
-    ASSERT_EQ(media->state(), PreviewMediaView::State::Ready)
-        << media->failureMessage().toStdString();
-    EXPECT_EQ(media->playButton()->accessibleName(), QStringLiteral("Play"));
-    EXPECT_EQ(media->positionSlider()->accessibleName(), QStringLiteral("Position"));
-    EXPECT_TRUE(media->playButton()->isEnabled());
-    // Playing needs an audio device, which a test machine may lack: the state machine is
-    // checked from the player's reports instead.
-    using P = QMediaPlayer;
-    using S = PreviewMediaView::State;
-    EXPECT_EQ(PreviewMediaView::stateFor(P::PlayingState, P::BufferedMedia, P::NoError),
-              S::Playing);
-    EXPECT_EQ(PreviewMediaView::stateFor(P::StoppedState, P::EndOfMedia, P::NoError), S::Ended);
-    EXPECT_EQ(PreviewMediaView::stateFor(P::PlayingState, P::BufferedMedia, P::ResourceError),
-              S::Failed);
-    EXPECT_EQ(PreviewMediaView::stateFor(P::StoppedState, P::LoadingMedia, P::NoError), S::Loading);
-
-    auto* broken = show(new PreviewMediaView(file("broken.mp4", "not a movie"), true, true));
-    EXPECT_EQ(broken->state(), PreviewMediaView::State::Failed);
-    EXPECT_TRUE(broken->hasFailed());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "toolkit/PreviewPdfView.h"
+#include "renderers/PreviewPdfView.h"
 
 #include "platform/dispatch/Dispatch.h"
 #include "platform/text/Format.h"

@@ -1,4 +1,4 @@
-#include "toolkit/PreviewMediaView.h"
+#include "renderers/PreviewMediaView.h"
 
 #include "platform/files/ContentTypeRegistry.h"
 #include "platform/text/Format.h"
