@@ -1,10 +1,13 @@
 #include "toolkit/DocumentListSearch.h"
 
+#include "toolkit/TextField.h"
+
 #include "platform/dispatch/Dispatch.h"
 #include "platform/text/Strings.h"
 #include "toolkit/DocumentListItemDelegate.h"
 #include "toolkit/DocumentListModel.h"
 #include "toolkit/DocumentListReader.h"
+#include "toolkit/TextField.h"
 
 #include <QBoxLayout>
 #include <QLineEdit>
@@ -72,11 +75,15 @@ QList<DocumentListEntry> DocumentListSearch::matchesBelow(const Url& folder,
 void DocumentListSearch::install(QWidget* container, QListView* list, QWidget* trailing) {
     list_ = list;
     auto* layout = qobject_cast<QBoxLayout*>(container->layout());
-    field_ = new QLineEdit(container);
+    auto* field = new TextField(container);
+    field->setClearButtonShownWhileEditing(true);
+    field->setReturnKeyType(TextField::ReturnKeyType::Search);
+    field->setAutocapitalizationType(TextField::AutocapitalizationType::None);
+    field->setAutocorrectionType(TextField::AutocorrectionType::No);
+    field_ = field;
     field_->setObjectName(QStringLiteral("searchField"));
     field_->setPlaceholderText(Strings::localized("Search"));
     field_->setAccessibleName(Strings::localized("Search"));
-    field_->setClearButtonEnabled(true);
     field_->setStyleSheet(QStringLiteral(
         "QLineEdit { margin: 6px 8px; padding: 4px 8px; border: none; border-radius: 8px; "
         "background: #eeeef0; }"));

@@ -10,7 +10,27 @@ namespace vl {
 
 TextField::TextField(QWidget* parent) : QLineEdit(parent) {
     connect(this, &QLineEdit::textEdited, this, &TextField::editingChanged);
+    connect(this, &QLineEdit::textChanged, this, &TextField::updateClearButton);
     updateHints();
+}
+
+void TextField::setClearButtonShownWhileEditing(bool shown) {
+    clearButtonWanted_ = shown;
+    if (!shown) {
+        setClearButtonEnabled(false);
+    }
+    updateClearButton();
+}
+
+void TextField::updateClearButton() {
+    if (clearButtonWanted_ && !isClearButtonEnabled() && (hasFocus() || !text().isEmpty())) {
+        setClearButtonEnabled(true);
+    }
+}
+
+void TextField::focusInEvent(QFocusEvent* event) {
+    updateClearButton();
+    QLineEdit::focusInEvent(event);
 }
 
 void TextField::setReturnKeyType(ReturnKeyType type) {

@@ -33,8 +33,11 @@ public:
     void setAutocapitalizationType(AutocapitalizationType type);
     AutocorrectionType autocorrectionType() const { return autocorrection_; }
     void setAutocorrectionType(AutocorrectionType type);
-    // The clear button, shown while the field has text.
-    void setClearButtonShownWhileEditing(bool shown) { setClearButtonEnabled(shown); }
+    // The clear button, shown while the field has text. Its icon is only loaded once the field
+    // is focused or has text: the style reads it with the image reader, which loads every image
+    // format plugin, and a search field at the top of the first screen would pay that at start.
+    void setClearButtonShownWhileEditing(bool shown);
+    bool clearButtonShownWhileEditing() const { return clearButtonWanted_; }
 
     std::shared_ptr<TextFieldDelegate> delegate() const { return delegate_.lock(); }
     void setDelegate(const std::weak_ptr<TextFieldDelegate>& delegate) { delegate_ = delegate; }
@@ -52,15 +55,18 @@ signals:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
 
 private:
     void updateHints();
+    void updateClearButton();
 
     ReturnKeyType returnKeyType_ = ReturnKeyType::Default;
     bool enablesReturnKeyAutomatically_ = false;
     AutocapitalizationType autocapitalization_ = AutocapitalizationType::Sentences;
     AutocorrectionType autocorrection_ = AutocorrectionType::Default;
     std::weak_ptr<TextFieldDelegate> delegate_;
+    bool clearButtonWanted_ = false;
 };
 
 }  // namespace vl

@@ -14,11 +14,19 @@ QString bundledPath(const QString& name) {
     return QStringLiteral(":/icons/") + name + QStringLiteral(".svg");
 }
 
+// Without a desktop icon theme Qt searches only "hicolor", the fallback theme that holds
+// applications' own icons, not the generic ones asked for here; the first search there reads the
+// theme's index and costs several milliseconds of the first screen.
+bool searchesTheme() {
+    const QString theme = QIcon::themeName();
+    return !theme.isEmpty() && theme != QStringLiteral("hicolor");
+}
+
 QIcon lookUp(const QString& name) {
     if (name.isEmpty()) {
         return {};
     }
-    if (QIcon::hasThemeIcon(name)) {
+    if (searchesTheme() && QIcon::hasThemeIcon(name)) {
         return QIcon::fromTheme(name);
     }
     if (QFile::exists(bundledPath(name))) {

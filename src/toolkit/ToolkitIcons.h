@@ -7,9 +7,10 @@ class QPainter;
 
 namespace vl {
 
-// Icons by freedesktop name: the theme's when it has one, else the toolkit's own copy of the
-// generic icons (headless machines and bare desktops have no icon theme), else the generic icon
-// for documents. Main thread only (icon loading is not thread-safe).
+// Icons by freedesktop name: the desktop icon theme's when it has one, else the toolkit's own
+// copy of the generic icons (headless machines and bare desktops have no icon theme, only the
+// fallback "hicolor", which is not searched), else the generic icon for documents. Main thread
+// only (icon loading is not thread-safe).
 class ToolkitIcons {
 public:
     // `fallbackName` is tried after `name` in the theme and among the bundled icons.

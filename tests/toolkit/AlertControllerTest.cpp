@@ -141,7 +141,7 @@ TEST_F(AlertControllerTest, TextFieldsTakeTheirTraitsAndReturnGoesToTheDelegateO
     TextField* field = alert->textFields().value(0);
     ASSERT_NE(field, nullptr);
     EXPECT_EQ(field->accessibleName(), QStringLiteral("Folder Name"));
-    EXPECT_TRUE(field->isClearButtonEnabled());
+    EXPECT_TRUE(field->clearButtonShownWhileEditing());
     EXPECT_EQ(field->inputMethodQuery(Qt::ImEnterKeyType).toInt(), int(Qt::EnterKeyDone));
     EXPECT_TRUE(field->inputMethodHints().testFlag(Qt::ImhNoPredictiveText));
     EXPECT_FALSE(field->inputMethodHints().testFlag(Qt::ImhNoAutoUppercase));
@@ -151,6 +151,7 @@ TEST_F(AlertControllerTest, TextFieldsTakeTheirTraitsAndReturnGoesToTheDelegateO
     pressKey(field, Qt::Key_Return);
     EXPECT_TRUE(delegate->returned.isEmpty()) << "the return key waits for text";
     typeText(field, QStringLiteral("Trips"));
+    EXPECT_TRUE(field->isClearButtonEnabled()) << "the clear button comes with the text";
     field->setText(QStringLiteral("Trips 2024"));
     EXPECT_EQ(edits, 5) << "typed characters are edits, setText is not";
     pressKey(field, Qt::Key_Return);

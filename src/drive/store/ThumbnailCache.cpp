@@ -99,7 +99,11 @@ std::optional<QImage> ThumbnailCache::thumbnail(const QString& path, int size) {
         const QHash<QString, QString> text = pngTextChunks(cached);
         if (text.value(QStringLiteral("Thumb::URI")) == uri &&
             text.value(QStringLiteral("Thumb::MTime")) == mtime) {
-            QImage image(cached, "png");
+            // Only the built-in reader: left to guess, Qt asks every image format plugin
+            // whether it reads PNG too, loading them all.
+            QImageReader cache(cached, "png");
+            cache.setAutoDetectImageFormat(false);
+            const QImage image = cache.read();
             if (!image.isNull()) {
                 return image;
             }

@@ -30,7 +30,6 @@ DispatchQueuePtr RealWorkerQueue::create(const QString& label, int threadCount,
                                          QualityOfService qos, int relativePriority) {
     std::shared_ptr<RealWorkerQueue> queue(
         new RealWorkerQueue(label, std::max(1, threadCount), qos, relativePriority));
-    queue->start();
     return DispatchQueuePtr(queue.get(), [queue](DispatchQueue*) { queue->release(); });
 }
 
@@ -68,7 +67,7 @@ int RealWorkerQueue::niceValueFor(QualityOfService qos, int relativePriority) {
     return std::min(nice, 19);
 }
 
-void RealWorkerQueue::start() {
+void RealWorkerQueue::startThreads() {
     for (int i = 0; i < threadCount_; ++i) {
         std::thread([self = shared_from_this()] {
             self->prepareThread();
@@ -114,14 +113,22 @@ void RealWorkerQueue::release() {
 }
 
 void RealWorkerQueue::async(DispatchBlock block) {
+    bool firstWork = false;
     {
         std::lock_guard lock(mutex_);
         ready_.push_back(std::move(block));
+        firstWork = !started_;
+        started_ = true;
     }
-    wake_.notify_one();
+    if (firstWork) {
+        startThreads();
+    } else {
+        wake_.notify_one();
+    }
 }
 
 void RealWorkerQueue::asyncAt(DispatchTime when, DispatchBlock block) {
+    bool firstWork = false;
     {
         std::lock_guard lock(mutex_);
         if (when <= steadyNow()) {
@@ -131,6 +138,12 @@ void RealWorkerQueue::asyncAt(DispatchTime when, DispatchBlock block) {
         } else {
             timed_.emplace(when, std::move(block));
         }
+        firstWork = !started_;
+        started_ = true;
+    }
+    if (firstWork) {
+        startThreads();
+        return;
     }
     // Every waiting worker re-reads the earliest deadline.
     wake_.notify_all();

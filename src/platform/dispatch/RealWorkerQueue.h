@@ -12,7 +12,9 @@ namespace vl {
 // A queue served by its own worker threads: one thread makes a serial queue, several make a
 // global concurrent queue. The threads hold the queue; the handle returned by `create` lets them
 // go when its last copy is released: they run every block already due, drop the delayed ones
-// whose time has not come, and end. Nobody joins them, so a queue may be released from one of its
+// whose time has not come, and end. The threads start with the first block given to the queue:
+// many queues are made at start-up and most wait for work long after the first screen is up.
+// Nobody joins them, so a queue may be released from one of its
 // own blocks, and releasing never waits for a busy queue.
 class RealWorkerQueue final : public DispatchQueue,
                               public std::enable_shared_from_this<RealWorkerQueue> {
@@ -33,7 +35,7 @@ public:
 private:
     RealWorkerQueue(const QString& label, int threadCount, QualityOfService qos,
                     int relativePriority);
-    void start();
+    void startThreads();
     void release();
     void work();
     void prepareThread() const;
@@ -48,6 +50,7 @@ private:
     std::deque<DispatchBlock> ready_;                   // guarded by mutex_
     std::multimap<DispatchTime, DispatchBlock> timed_;  // guarded by mutex_; FIFO per deadline
     bool released_ = false;                             // guarded by mutex_
+    bool started_ = false;                              // guarded by mutex_
 };
 
 }  // namespace vl
