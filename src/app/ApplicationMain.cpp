@@ -27,6 +27,7 @@
 #include <QCoreApplication>
 
 #include <cstring>
+#include <future>
 #include <memory>
 #include <optional>
 
@@ -90,6 +91,9 @@ int ApplicationMain::run(int argc, char** argv) {
         ApplicationStart::report(*platform.problem());
         return 1;
     }
+    // The drive's home is prepared on another core while Qt connects to the display.
+    std::future<std::shared_ptr<DriveStore>> store = std::async(
+        std::launch::async, [] { return DriveService::prepareStore(DriveHome::defaultPath()); });
     const std::unique_ptr<QApplication> application =
         ApplicationStart::create(argc, argv, platform);
     VLLOG(6, "Showing the window through the %@ platform plugin", QGuiApplication::platformName());
@@ -97,7 +101,7 @@ int ApplicationMain::run(int argc, char** argv) {
     QApplication::setDesktopFileName(QStringLiteral("com.tessaly.VelloraApp"));
 
     Strings::install();
-    const std::shared_ptr<DriveService> drive = DriveService::install(DriveHome::defaultPath());
+    const std::shared_ptr<DriveService> drive = DriveService::install(store.get());
     ApplicationStateBridge::install();
     // Items say they can be previewed exactly when the quick preview has a view for them.
     PreviewCapability::setPredicate(&PreviewController::canPreviewItem);

@@ -29,11 +29,15 @@ std::shared_ptr<DriveService>& currentService() {
 
 }  // namespace
 
-DriveService::DriveService(const QString& homePath)
-    : store_(std::make_shared<DriveStore>(DriveHome(homePath))) {
-    if (std::optional<Error> error = store_->prepare()) {
+std::shared_ptr<DriveStore> DriveService::prepareStore(const QString& homePath) {
+    auto store = std::make_shared<DriveStore>(DriveHome(homePath));
+    if (std::optional<Error> error = store->prepare()) {
         VLLOG(3, "Failed to prepare drive home %@: %@", homePath, *error);
     }
+    return store;
+}
+
+DriveService::DriveService(std::shared_ptr<DriveStore> store) : store_(std::move(store)) {
     documents_ = std::make_shared<CloudDocumentsService>(store_);
     account_ = std::make_shared<CloudAccountService>(store_);
     keyValueStore_ = std::make_shared<KeyValueStoreService>(store_);
@@ -46,6 +50,10 @@ DriveService::~DriveService() {
 }
 
 std::shared_ptr<DriveService> DriveService::install(const QString& homePath) {
+    return install(prepareStore(homePath));
+}
+
+std::shared_ptr<DriveService> DriveService::install(std::shared_ptr<DriveStore> store) {
     static std::once_flag stopAtExit;
     std::call_once(stopAtExit, [] {
         qAddPostRoutine([] {
@@ -54,7 +62,7 @@ std::shared_ptr<DriveService> DriveService::install(const QString& homePath) {
             }
         });
     });
-    auto service = std::make_shared<DriveService>(homePath);
+    auto service = std::make_shared<DriveService>(std::move(store));
     service->installShared();
     VLLOG(6, "Drive service installed for %@", service->store_->home().rootPath());
     std::lock_guard lock(currentMutex());

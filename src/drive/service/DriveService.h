@@ -22,10 +22,16 @@ public:
     // returned object keeps them. Installing again replaces the previous services. When the
     // application object goes, the service installed last stops watching.
     static std::shared_ptr<DriveService> install(const QString& homePath);
+    // The same in two steps. The first prepares the home alone and may run on any thread: the app
+    // runs it on another core while Qt connects to the display, since repairing what an
+    // interrupted operation left behind looks at every item of the drive. The second installs the
+    // services over that store.
+    static std::shared_ptr<DriveStore> prepareStore(const QString& homePath);
+    static std::shared_ptr<DriveService> install(std::shared_ptr<DriveStore> store);
     // The service installed last, or null.
     static std::shared_ptr<DriveService> current();
 
-    explicit DriveService(const QString& homePath);
+    explicit DriveService(std::shared_ptr<DriveStore> store);
     ~DriveService();
 
     const std::shared_ptr<DriveStore>& store() const { return store_; }
