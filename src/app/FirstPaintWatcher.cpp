@@ -65,7 +65,7 @@ QWidget* FirstPaintWatcher::firstScreenWidget(bool* isRootList) const {
 
 void FirstPaintWatcher::painted(bool rootList) {
     VLLOG(6, "%s", rootList ? RootListMessage : WindowMessage);
-    // The record's time is the moment the benchmark reads; sent now, it is not held back with
+    // The benchmark waits for this record in the log file: sent now, it is not held back with
     // the records gathering for the log queue.
     VLSLSClient::SLSClient()->flush();
     if (afterFirstPaint_) {

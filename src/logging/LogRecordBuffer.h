@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <sys/time.h>
+
 #include <chrono>
 #include <cstddef>
 #include <mutex>
@@ -21,6 +23,8 @@ struct PendingLogRecord {
     int level = 0;
     QString message;
     QString thread;
+    // When it was logged: a batch is built a moment later, on the log queue.
+    timeval time = {};
 
     const QString& functionName() const { return staticFunction ? *staticFunction : function; }
 };

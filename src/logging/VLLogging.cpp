@@ -59,12 +59,12 @@ void buildAndSend(const PendingLogRecord& pending) {
     const int level = pending.level;
     if (SystemLogService::Message record = SystemLogService::newMessage()) {
         const ProcessIdentity& identity = processIdentity();
-        struct timeval now = {};
-        if (::gettimeofday(&now, nullptr) == 0) {
-            SystemLogService::setValue(record, "Time",
-                                       QString::number(static_cast<unsigned long>(now.tv_sec)));
-            SystemLogService::setValue(record, "TimeNanoSec",
-                                       QString::number(static_cast<int>(now.tv_usec * 1000)));
+        if (pending.time.tv_sec != 0) {
+            SystemLogService::setValue(
+                record, "Time", QString::number(static_cast<unsigned long>(pending.time.tv_sec)));
+            SystemLogService::setValue(
+                record, "TimeNanoSec",
+                QString::number(static_cast<int>(pending.time.tv_usec * 1000)));
         } else {
             SystemLogService::setValue(
                 record, "Time", QString::number(static_cast<unsigned long>(std::time(nullptr))));
@@ -116,6 +116,9 @@ void submit(const char* file, const QString* staticFunction, const QString& func
     // Never destroyed: the log queue's thread may still be draining it while statics go away.
     static LogRecordBuffer* const buffer = new LogRecordBuffer(&buildAndSend);
     PendingLogRecord record;
+    if (::gettimeofday(&record.time, nullptr) != 0) {
+        record.time = {};
+    }
     record.file = file;
     record.staticFunction = staticFunction;
     if (!staticFunction) {

@@ -17,6 +17,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <future>
 #include <thread>
 #include <vector>
 
@@ -236,6 +237,32 @@ TEST_F(VLLoggingTest, RecordsKeepSubmissionOrderPerThread) {
         ++seen;
     }
     EXPECT_EQ(seen, Threads * PerThread);
+}
+
+TEST_F(VLLoggingTest, ARecordKeepsTheTimeItWasLoggedWhileTheLogQueueIsBusy) {
+    // The log queue is held until the clock has moved well past the call: a record stamped when
+    // its batch is built would carry the later time.
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    VLSLSClient::SLSClient()->performLoggingBlock([released] { released.wait(); });
+    const auto microseconds = [] {
+        return std::chrono::duration_cast<std::chrono::microseconds>(
+                   std::chrono::system_clock::now().time_since_epoch())
+            .count();
+    };
+    const qint64 before = microseconds();
+    VLLOG(3, "stamped at the call");
+    const qint64 after = microseconds();
+    while (microseconds() < after + 20000) {
+    }
+    release.set_value();
+    const auto stamped = recordsWithMessage(QStringLiteral("stamped at the call"));
+    ASSERT_EQ(stamped.size(), 1u);
+    const qint64 time =
+        stamped.front().value(QStringLiteral("Time")).toString().toLongLong() * 1000000 +
+        stamped.front().value(QStringLiteral("TimeNanoSec")).toString().toLongLong() / 1000;
+    EXPECT_GE(time, before);
+    EXPECT_LE(time, after);
 }
 
 TEST_F(VLLoggingTest, GatheredRecordsReachTheLogSoonWithoutAFlush) {
