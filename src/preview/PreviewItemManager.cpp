@@ -98,8 +98,14 @@ void PreviewItemManager::finishPreviewingItem() {
     const std::shared_ptr<NavigationController> navigation = navigationController();
     const std::shared_ptr<ViewController> top =
         navigation ? navigation->topViewController() : nullptr;
-    if (!autoDownload_ || !top || mode_ != PreviewModePreview ||
+    if (!top || mode_ != PreviewModePreview ||
         !std::dynamic_pointer_cast<PreviewDownloadViewController>(top)) {
+        return;
+    }
+    if (!autoDownload_) {
+        // Logged as the automatic start is, so that the decision shows either way.
+        const std::shared_ptr<VLItem> item = this->item();
+        VLLOG(6, "Not downloading %@ by itself", item ? item->url() : Url());
         return;
     }
     if (const auto screen = downloadViewController()) {
