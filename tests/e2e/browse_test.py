@@ -1,119 +1,16 @@
 #!/usr/bin/python3
-"""Walks the demo drive the way a screen reader user does, over AT-SPI: widgets are found by
-role and accessible name, clicked at their centres with xdotool, and the outcome is read back
-from the accessibility tree, the app's log records and the screen.
+"""Walks the demo drive the way a screen reader user does, over AT-SPI: a folder, the status
+line, edit mode with a selection, a library without folders, search and the grid.
 
     browse_test.py <log file> <artefact folder> <window id>
 """
-import json
-import os
 import re
-import subprocess
 import sys
-import time
 
-import pyatspi
+from atspi_driver import back, click, configure, enabled, enter_text, fail, find, gone, \
+    log_count, shoot, wait_log
 
-LOG, OUT, WINDOW = sys.argv[1], sys.argv[2], sys.argv[3]
-
-
-def fail(message):
-    print("FAIL: " + message)
-    sys.exit(1)
-
-
-def app():
-    desktop = pyatspi.Registry.getDesktop(0)
-    for index in range(desktop.childCount):
-        child = desktop.getChildAtIndex(index)
-        if child is not None and child.name in ("vellora", "Vellora"):
-            return child
-    return None
-
-
-def walk(node, found):
-    try:
-        count = node.childCount
-    except Exception:
-        return
-    for index in range(count):
-        try:
-            child = node.getChildAtIndex(index)
-        except Exception:
-            continue
-        if child is None:
-            continue
-        found.append(child)
-        walk(child, found)
-
-
-def showing(node):
-    try:
-        return node.getState().contains(pyatspi.STATE_SHOWING)
-    except Exception:
-        return False
-
-
-def widgets(role, match):
-    root = app()
-    if root is None:
-        return []
-    nodes = []
-    walk(root, nodes)
-    return [n for n in nodes if n.getRoleName() == role and showing(n) and match(n.name or "")]
-
-
-def find(role, name, timeout=10.0, match=None):
-    """The one widget on screen with this role and name (or whose name passes `match`)."""
-    test = match or (lambda n: n == name)
-    deadline = time.time() + timeout
-    while time.time() < deadline:
-        hits = widgets(role, test)
-        if hits:
-            return hits[0]
-        time.sleep(0.2)
-    fail("no %s %r on screen" % (role, name))
-
-
-def gone(role, name, timeout=10.0):
-    deadline = time.time() + timeout
-    while time.time() < deadline:
-        if not widgets(role, lambda n: n == name):
-            return
-        time.sleep(0.2)
-    fail("%s %r is still on screen" % (role, name))
-
-
-def click(node):
-    extents = node.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
-    x, y = extents.x + extents.width // 2, extents.y + extents.height // 2
-    subprocess.run(["xdotool", "mousemove", "--sync", str(x), str(y), "click", "1"], check=True)
-    time.sleep(0.6)
-
-
-def enabled(node):
-    return node.getState().contains(pyatspi.STATE_SENSITIVE)
-
-
-def messages():
-    if not os.path.exists(LOG):
-        return []
-    with open(LOG, encoding="utf-8") as log:
-        return [json.loads(line).get("Message", "") for line in log if line.strip()]
-
-
-def wait_log(message, timeout=15.0):
-    deadline = time.time() + timeout
-    while time.time() < deadline:
-        if message in messages():
-            return
-        time.sleep(0.2)
-    fail("no log record %r" % message)
-
-
-def shoot(name):
-    time.sleep(0.8)
-    subprocess.run(["import", "-window", WINDOW, os.path.join(OUT, name)], check=True)
+configure(*sys.argv[1:4])
 
 
 def status_line(pattern_start, timeout=20.0):
@@ -155,27 +52,26 @@ gone("push button", "Move")
 find("label", "Documents")
 
 # Back to the root, into the library whose container allows no folders.
-click(find("push button", "", match=lambda n: n.startswith("\u2039")))
+back()
 find("list item", "Notes")
 click(find("list item", "Notes"))
 find("label", "Notes")
 click(find("push button", "Select"))
 if enabled(find("push button", "New Folder")):
     fail("New Folder enabled in a library without folders")
-if messages().count("Begin Edit mode") != 2:
-    fail("edit mode was not logged twice")
+wait_log("Begin Edit mode", "of edit mode's second start", count=2)
+if log_count("Begin Edit mode") != 2:
+    fail("edit mode was logged %d times, not twice" % log_count("Begin Edit mode"))
 click(find("push button", "Cancel"))
-click(find("push button", "", match=lambda n: n.startswith("\u2039")))
+back()
 
 # Search from the root: a file in a subfolder shows with its location; its folder opens with the
 # lists above it.
-click(find("text", "Search"))
-subprocess.run(["xdotool", "type", "--delay", "60", "pack"], check=True)
+enter_text(find("text", "Search"), "pack")
 find("list item", "Packing List.txt")
 find("list", "Search Results")
 shoot("search-results.png")
-subprocess.run(["xdotool", "key", "ctrl+a", "BackSpace"], check=True)
-subprocess.run(["xdotool", "type", "--delay", "60", "letters"], check=True)
+enter_text(find("text", "Search"), "letters")
 click(find("list item", "Letters"))
 find("label", "Letters")
 find("push button", "\u2039 Documents")

@@ -7,126 +7,18 @@ change is checked in the local drive and in the cloud copy (velloractl status --
     organize_test.py <log file> <artefact folder> <window id> <velloractl> <drive home>
 """
 import os
-import subprocess
 import sys
-import time
 
-import pyatspi
+from atspi_driver import back, click, configure, ctl, enabled, enter_text, fail, find, gone, \
+    right_click, shoot, wait_for, widgets
 
 LOG, OUT, WINDOW, CTL, HOME = sys.argv[1:6]
+configure(LOG, OUT, WINDOW, CTL)
 DRIVE = os.path.join(HOME, "drive")
 
 
-def fail(message):
-    print("FAIL: " + message)
-    if os.environ.get("VELLORA_E2E_DUMP"):
-        nodes = []
-        walk(app(), nodes)
-        for node in nodes:
-            print("  %s %r showing=%s" % (node.getRoleName(), node.name, showing(node)))
-    sys.exit(1)
-
-
-def app():
-    desktop = pyatspi.Registry.getDesktop(0)
-    for index in range(desktop.childCount):
-        child = desktop.getChildAtIndex(index)
-        if child is not None and child.name in ("vellora", "Vellora"):
-            return child
-    return None
-
-
-def walk(node, found):
-    try:
-        count = node.childCount
-    except Exception:
-        return
-    for index in range(count):
-        try:
-            child = node.getChildAtIndex(index)
-        except Exception:
-            continue
-        if child is None:
-            continue
-        found.append(child)
-        walk(child, found)
-
-
-def showing(node):
-    try:
-        return node.getState().contains(pyatspi.STATE_SHOWING)
-    except Exception:
-        return False
-
-
-def widgets(role, match, root=None):
-    root = root or app()
-    if root is None:
-        return []
-    nodes = []
-    walk(root, nodes)
-    return [n for n in nodes if n.getRoleName() == role and showing(n) and match(n.name or "")]
-
-
-def find(role, name, timeout=10.0, match=None, root=None):
-    """The first widget on screen with this role and name (or whose name passes `match`)."""
-    test = match or (lambda n: n == name)
-    deadline = time.time() + timeout
-    while time.time() < deadline:
-        hits = widgets(role, test, root)
-        if hits:
-            return hits[0]
-        time.sleep(0.2)
-    fail("no %s %r on screen" % (role, name))
-
-
-def find_in(root, role, name):
-    return find(role, name, root=root)
-
-
-def gone(role, name, timeout=10.0):
-    deadline = time.time() + timeout
-    while time.time() < deadline:
-        if not widgets(role, lambda n: n == name):
-            return
-        time.sleep(0.2)
-    fail("%s %r is still on screen" % (role, name))
-
-
-def click(node, button="1"):
-    extents = node.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
-    x, y = extents.x + extents.width // 2, extents.y + extents.height // 2
-    subprocess.run(["xdotool", "mousemove", "--sync", str(x), str(y), "click", button],
-                   check=True)
-    time.sleep(0.6)
-
-
-def right_click(node):
-    click(node, "3")
-
-
-def choose_from_menu(name):
-    """Picks an entry of the per-item action sheet just opened."""
-    click(find("push button", name))
-
-
-def enabled(node):
-    return node.getState().contains(pyatspi.STATE_SENSITIVE)
-
-
-def type_text(text):
-    subprocess.run(["xdotool", "type", "--delay", "60", text], check=True)
-    time.sleep(0.4)
-
-
-def shoot(name):
-    time.sleep(0.8)
-    subprocess.run(["import", "-window", WINDOW, os.path.join(OUT, name)], check=True)
-
-
 def status(*args):
-    return subprocess.run([CTL, "status"] + list(args), check=True, capture_output=True,
-                          text=True).stdout.splitlines()
+    return ctl("status", *args)
 
 
 def expect_item(path, where):
@@ -141,15 +33,6 @@ def expect_no_item(path):
         fail("%s is still in the drive or the cloud" % path)
 
 
-def wait_for(test, what, timeout=10.0):
-    deadline = time.time() + timeout
-    while time.time() < deadline:
-        if test():
-            return
-        time.sleep(0.2)
-    fail(what)
-
-
 # Documents, edit mode, New Folder.
 find("list item", "Documents", 30)
 click(find("list item", "Documents"))
@@ -160,14 +43,12 @@ field = find("text", "the prompt's field", match=lambda n: n != "Search")
 create = find("push button", "Create")
 if enabled(create):
     fail("Create is enabled before a name is typed")
-click(field)
-type_text(".trips")
+enter_text(field, ".trips")
 find("label", "Choose a different name.")
 if enabled(create):
     fail("Create is enabled for a name starting with \".\"")
 shoot("prompt-red-message.png")
-subprocess.run(["xdotool", "key", "ctrl+a", "BackSpace"], check=True)
-type_text("Trips")
+enter_text(field, "Trips")
 gone("label", "Choose a different name.")
 click(find("push button", "Create"))
 gone("push button", "Create")
@@ -181,13 +62,12 @@ click(find("list item", "Budget 2024.csv"))
 find("label", "2 Items Selected")
 click(find("push button", "Move"))
 folders = find("list", "Folders")
-click(find_in(folders, "list item", "Documents"))
+click(find("list item", "Documents", root=folders))
 folders = find("list", "Folders")
-find_in(folders, "list item", "Trips")
-click(find_in(folders, "list item", "Trips"))
+click(find("list item", "Trips", root=folders))
 find("label", "Trips")
 shoot("chooser.png")
-move = [w for w in widgets("push button", lambda n: n == "Move") if enabled(w)]
+move = [w for w in widgets("push button", "Move") if enabled(w)]
 if not move:
     fail("the chooser's Move is not enabled in Trips")
 click(move[0])
@@ -204,11 +84,8 @@ for name in ("Packing List.txt", "Budget 2024.csv"):
 click(find("list item", "Trips"))
 find("list item", "Packing List.txt")
 right_click(find("list item", "Packing List.txt"))
-choose_from_menu("Rename Item\u2026")
-field = find("text", "the prompt's field", match=lambda n: n != "Search")
-click(field)
-subprocess.run(["xdotool", "key", "ctrl+a", "BackSpace"], check=True)
-type_text("Checklist")
+click(find("push button", "Rename Item\u2026"))
+enter_text(find("text", "the prompt's field", match=lambda n: n != "Search"), "Checklist")
 click(find("push button", "Done"))
 find("list item", "Checklist.txt")
 find("label", "Renamed \u201cPacking List.txt\u201d to \u201cChecklist.txt\u201d")
@@ -217,7 +94,7 @@ expect_no_item("Documents/Trips/Packing List.txt")
 
 # Delete one with the warning.
 right_click(find("list item", "Budget 2024.csv"))
-choose_from_menu("Delete")
+click(find("push button", "Delete"))
 find("label", "\"Budget 2024.csv\" will be permanently deleted from Vellora on all your "
      "devices. This action cannot be undone.")
 shoot("delete-warning.png")
@@ -228,9 +105,9 @@ wait_for(lambda: not os.path.exists(os.path.join(DRIVE, "Documents/Trips/Budget 
 expect_no_item("Documents/Trips/Budget 2024.csv")
 
 # Back to the root: delete the Notes app library.
-click(find("push button", "", match=lambda n: n.startswith("\u2039")))
+back()
 find("list item", "Trips")
-click(find("push button", "", match=lambda n: n.startswith("\u2039")))
+back()
 find("list item", "Notes")
 lines = status()
 notes = [i for i, l in enumerate(lines) if '"Notes"' in l]
@@ -251,6 +128,7 @@ def library_empty():
     return at and lines[at[0] + 1].strip() == "contents: 0 items here, 0 in the cloud"
 
 
-wait_for(library_empty, "the Notes library is not empty here and in the cloud: %r" % status())
+wait_for(library_empty,
+         lambda: "the Notes library is not empty here and in the cloud: %r" % status())
 find("list item", "Notes")
 print("PASS")
