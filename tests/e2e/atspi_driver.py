@@ -218,8 +218,12 @@ def click(node, button="1", settle_after=True):
     """Clicks the node's centre; unless what the click starts keeps moving (a download's ring,
     a video), until the window has settled."""
     x, y, width, height = extents(node)
-    subprocess.run(["xdotool", "mousemove", "--sync", str(x + width // 2), str(y + height // 2),
-                    "click", button], check=True)
+    x, y = x + width // 2, y + height // 2
+    # A move to where the pointer already is never ends its --sync wait (xdotool gives up after
+    # 15 s).
+    here = subprocess.run(["xdotool", "getmouselocation"], capture_output=True, text=True).stdout
+    move = [] if here.startswith("x:%d y:%d " % (x, y)) else ["mousemove", "--sync", str(x), str(y)]
+    subprocess.run(["xdotool"] + move + ["click", button], check=True)
     if settle_after:
         settle()
 
