@@ -43,7 +43,7 @@ def poll(test, timeout, every=0.2):
         time.sleep(every)
 
 
-def wait_for(test, what, timeout=15.0, every=0.2):
+def wait_for(test, what, timeout=20.0, every=0.2):
     """The first true value of `test()` before the deadline; else fails with `what` (or what it
     returns, read then: the state that was never reached)."""
     value = poll(test, timeout, every)
