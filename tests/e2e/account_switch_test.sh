@@ -5,11 +5,13 @@
 #   account_switch_test.sh <vellora> <velloractl> <artefact folder>
 set -u
 APP="$1" CTL="$2" OUT="$3"
+HERE=$(cd "$(dirname "$0")" && pwd)
 
 if [ -z "${VELLORA_E2E_DISPLAY:-}" ]; then
     for tool in xvfb-run xdotool import; do
         command -v "$tool" >/dev/null || { echo "SKIP: $tool is not installed"; exit 77; }
     done
+    /usr/bin/python3 -c "import pyatspi" 2>/dev/null || { echo "SKIP: no python3-pyatspi"; exit 77; }
     VELLORA_E2E_DISPLAY=1 exec xvfb-run -a -s "-screen 0 600x1000x24" "$0" "$@"
 fi
 
@@ -44,10 +46,20 @@ wait_for() {
 # live through the identity notification), not on a second activation.
 reactivate() {
     xdotool windowfocus --sync "$ROOT"
-    sleep 0.5
     xdotool windowfocus --sync "$WINDOW"
 }
-shoot() { sleep 1; import -window "$WINDOW" "$OUT/$1" || fail "screenshot $1"; }
+# A screenshot once the window has looked the same for a moment (the placeholder and the list
+# slide in), through the end-to-end driver's own wait.
+shoot() {
+    PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 - "$HERE" "$LOG" "$OUT" "$WINDOW" <<'PY' || fail "the window did not settle for $1"
+import sys
+sys.path.insert(0, sys.argv[1])
+import atspi_driver as driver
+driver.configure(sys.argv[2], sys.argv[3], sys.argv[4])
+driver.settle()
+PY
+    import -window "$WINDOW" "$OUT/$1" || fail "screenshot $1"
+}
 
 "$CTL" seed-demo >/dev/null || fail "seed-demo"
 "$APP" >"$WORK/app.out" 2>&1 &
